@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "calendar/core_data_for_dates_AppDelegate.h"
+#include "platform/Platform.h"
+
+namespace annivo {
+
+/// The calendar writer: the one object through which the program touches calendars.
+///
+/// 1. Made at the start of a run; opens the event ledger.
+/// 2. setThisCalendar…, initAlarmArray and addAlarm… choose the target and the alarms of a pass.
+/// 3. addBasicEvent writes, or brings up to date, one event for each occurrence.
+/// 4. removeOtherEvents takes away what was not written or confirmed.
+/// 5. On destruction the ledger is saved.
+class ZPKCalendarItems {
+ public:
+  explicit ZPKCalendarItems(Platform& platform);
+  ~ZPKCalendarItems();
+  ZPKCalendarItems(const ZPKCalendarItems&) = delete;
+  ZPKCalendarItems& operator=(const ZPKCalendarItems&) = delete;
+
+  // Selection.
+
+  /// `setThisCalendar:withUID:forType:`. The calendar of that UID, or, when there is none, a new
+  /// one of that title, whose UID is stored in the parent's preferences under `key`.
+  void setThisCalendarWithUIDForType(const std::string& title, const std::string& uid,
+                                     const std::string& key);
+  /// The current target; null before one was set.
+  [[nodiscard]] const std::shared_ptr<CalCalendar>& thisCalendar() const { return thisCalendar_; }
+  /// Whether the current target is not editable.
+  [[nodiscard]] bool calendarLocked() const { return calendarLocked_; }
+  /// `setDefaultUID:forType:`. Stores a calendar's UID in the parent's preferences, at once.
+  void setDefaultUIDForType(const std::optional<std::string>& uid, const std::string& key);
+  /// `hasCalendar:beenUpdatedSinceLastRun:`
+  [[nodiscard]] bool hasCalendarBeenUpdatedSinceLastRun(const std::string& uid,
+                                                        std::optional<Date> lastRun);
+
+  // Writing.
+
+  /// Empties the alarm list.
+  void initAlarmArray();
+  [[nodiscard]] const std::vector<CalAlarm>& alarmArray() const { return alarmArray_; }
+  /// The arguments of `addAlarm:emailAddress:relativeTrigger:sound:URL:`.
+  struct Alarm {
+    std::string addAlarm;  ///< the kind
+    std::string emailAddress;
+    std::int32_t relativeTrigger = 0;  ///< seconds from the event's start
+    std::string sound;
+    std::string URL;
+  };
+  void addAlarm(const Alarm& alarm);
+  /// `findEventWithID:onDate:`
+  [[nodiscard]] std::shared_ptr<CalEvent> findEventWithIDOnDate(const std::string& uid, Date date);
+  /// The arguments of `addBasicEvent:withStartDate:endDate:allDay:notes:location:url:uid:`.
+  struct BasicEvent {
+    std::string title;
+    Date withStartDate;
+    Date endDate;
+    bool allDay = true;
+    std::string notes;                    ///< accepted, not used
+    std::optional<std::string> location;  ///< accepted, not used
+    std::string url;
+    std::string uid;  ///< of the source date
+  };
+  void addBasicEvent(const BasicEvent& event);
+
+  // Removal.
+
+  void removeOtherEvents();
+  /// `currentDateOffsetByYears:`
+  [[nodiscard]] Date currentDateOffsetByYears(std::int32_t years) const;
+  /// Logs, always, how many events all calendars hold in the current year.
+  static void logEventsThisYear(Platform& platform);
+
+  /// Makes what was written to the calendars durable; to be called before the time of the run is
+  /// stored.
+  void synchronizeCalendars();
+
+ private:
+  /// `dataFetchedWithPredicate:`. Nothing when the fetch failed (logged).
+  std::optional<std::vector<NSManagedObject*>> dataFetchedWithPredicate(NSPredicate predicate);
+
+  Platform& platform_;
+  CalCalendarStore& myStore;
+  std::shared_ptr<CalCalendar> thisCalendar_;
+  std::unordered_set<std::string> theRetainedEventUIDs;
+  std::vector<CalAlarm> alarmArray_;
+  std::unique_ptr<core_data_for_dates_AppDelegate> coreDataSpace;
+  NSManagedObjectContext* moc = nullptr;
+  bool calendarLocked_ = false;
+};
+
+}  // namespace annivo

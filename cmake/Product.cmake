@@ -1,0 +1,1 @@
+# The product folder is made here.

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "contacts/ZPKQueryAddressBookSection.h"
+
+namespace annivo {
+
+/// All stores of the person's address book, merged in the order in which the walk meets them.
+class ZPKQueryAddressBook {
+ public:
+  /// Finds and opens every store.
+  explicit ZPKQueryAddressBook(Platform& platform);
+
+  [[nodiscard]] const std::vector<std::unique_ptr<ZPKQueryAddressBookSection>>& addressBookStores();
+  /// `arrayForEntity:`
+  [[nodiscard]] ZPKQueryAddressBookSection::Items arrayForEntity(const std::string& name);
+  /// The four lists are made at their first request and then kept.
+  [[nodiscard]] const std::vector<ContactDateRecord>& birthdayDates();
+  [[nodiscard]] const std::vector<ContactDateRecord>& anniversaryDates();
+  [[nodiscard]] const std::vector<GroupRecord>& addressBookGroups();
+  /// The distinct labels of all stores.
+  [[nodiscard]] std::vector<std::string> addressbookCustomDateLabels();
+
+ private:
+  Platform& platform_;
+  std::vector<std::unique_ptr<ZPKQueryAddressBookSection>> addressBookStores_;
+  std::optional<std::vector<ContactDateRecord>> birthdayDates_;
+  std::optional<std::vector<ContactDateRecord>> anniversaryDates_;
+  std::optional<std::vector<GroupRecord>> addressBookGroups_;
+  std::optional<std::vector<std::string>> addressbookCustomDateLabels_;
+};
+
+}  // namespace annivo

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/calendarstore/CalEvent.h"
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/NSCalendarDate.h"
+#include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/NSLog.h"
+
+namespace annivo {
+
+/// One calendar: <UID>.calendar with Info.plist and Events.
+class CalCalendar {
+ public:
+  /// A new calendar, not yet in a store, with its UID.
+  static std::shared_ptr<CalCalendar> calendar();
+  [[nodiscard]] const std::string& uid() const { return uid_; }
+  [[nodiscard]] const std::string& title() const { return title_; }
+  void setTitle(std::string title) { title_ = std::move(title); }
+  /// False for Type Subscription, Birthday or Birthdays, for Editable false, and where the Events
+  /// folder cannot be written.
+  [[nodiscard]] bool isEditable() const { return editable_; }
+  /// The calendar's folder; "" while it is not in a store.
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+ private:
+  friend class CalCalendarStore;
+  std::string uid_;
+  std::string title_;
+  bool editable_ = true;
+  std::string path_;
+};
+
+enum class CalSpan { thisEvent };
+
+/// The calendars of one home, over ~/Library/Calendars. Calendar folders are found once, at the
+/// first request; events are read one at a time, when asked for.
+class CalCalendarStore {
+ public:
+  CalCalendarStore(NSFileManager& files, const Clock& clock, Log& log, NSTimeZone zone,
+                   std::string home);
+  ~CalCalendarStore();
+
+  [[nodiscard]] const std::vector<std::shared_ptr<CalCalendar>>& calendars();
+  /// Null when there is none (for "" and UIDs that are no file name too).
+  [[nodiscard]] std::shared_ptr<CalCalendar> calendarWithUID(const std::string& uid);
+  /// Adds a new calendar: its folder, Info.plist (written last) and Events.
+  Result<void> saveCalendar(const std::shared_ptr<CalCalendar>& calendar);
+
+  /// The event with that UID, in whichever calendar; null when there is none, and, with a log line
+  /// that names the file, when its file cannot be read or parsed. Found by file name first
+  /// ("<uid>.ics"), and only where that fails by an index over all files, built once.
+  [[nodiscard]] std::shared_ptr<CalEvent> eventWithUID(const std::string& uid);
+  /// Writes a new event into its calendar, or the changed properties of one that is in the store
+  /// into its file, all other lines of which stay byte for byte. The error names the file.
+  Result<void> saveEvent(CalEvent& event, CalSpan span);
+  /// Removes the event's file; where the file holds other events too, only this one from it.
+  Result<void> removeEvent(CalEvent& event, CalSpan span);
+
+  /// All events that overlap [start, end] in the given calendars.
+  [[nodiscard]] std::vector<std::shared_ptr<CalEvent>> events(
+      Date start, Date end, const std::vector<std::shared_ptr<CalCalendar>>& calendars);
+
+  /// Every event of ours: those whose file carries a ledger identity. Reads all event files.
+  [[nodiscard]] std::vector<std::shared_ptr<CalEvent>> eventsWithLedgerIdentity();
+
+  /// Makes all that was written durable. Does nothing when nothing was.
+  Result<void> synchronize();
+
+ private:
+  struct Folders;
+  struct Index;
+  NSFileManager& files_;
+  const Clock& clock_;
+  Log& log_;
+  NSTimeZone zone_;
+  std::string root_;
+  std::unique_ptr<Folders> folders_;
+  std::unique_ptr<Index> index_;
+};
+
+}  // namespace annivo

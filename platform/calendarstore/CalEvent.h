@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/calendarstore/CalAlarm.h"
+#include "platform/foundation/Date.h"
+
+namespace annivo {
+
+class CalCalendar;
+
+/// The identity under which the ledger knows an event, kept in the event's file too, so that
+/// ledger and calendars can be reconciled after a power loss.
+struct LedgerIdentity {
+  std::string myUID;
+  std::string calendarUID;
+  Date date{};
+  friend bool operator==(const LedgerIdentity&, const LedgerIdentity&) = default;
+};
+
+/// One event. A new one has a UID and nothing else; an event with a title, empty or not, is one
+/// that exists in a calendar.
+class CalEvent {
+ public:
+  /// A new blank event with a fresh upper-case UUID, which it keeps when saved.
+  static std::shared_ptr<CalEvent> event();
+
+  [[nodiscard]] const std::string& uid() const { return uid_; }
+  [[nodiscard]] const std::optional<std::string>& title() const { return title_; }
+  void setTitle(std::string title);
+  [[nodiscard]] const std::shared_ptr<CalCalendar>& calendar() const { return calendar_; }
+  void setCalendar(std::shared_ptr<CalCalendar> calendar);
+  [[nodiscard]] std::optional<Date> startDate() const { return startDate_; }
+  void setStartDate(Date date);
+  [[nodiscard]] std::optional<Date> endDate() const { return endDate_; }
+  void setEndDate(Date date);
+  [[nodiscard]] bool isAllDay() const { return allDay_; }
+  void setIsAllDay(bool allDay);
+  /// The URL as text; nothing when the event has none.
+  [[nodiscard]] const std::optional<std::string>& url() const { return url_; }
+  void setUrl(std::optional<std::string> url);
+  [[nodiscard]] const std::vector<CalAlarm>& alarms() const { return alarms_; }
+  void addAlarms(const std::vector<CalAlarm>& alarms);
+  /// Replaces all alarms.
+  void setAlarms(std::vector<CalAlarm> alarms);
+  /// Removes the first alarm equal to `alarm`.
+  void removeAlarm(const CalAlarm& alarm);
+  [[nodiscard]] const std::optional<LedgerIdentity>& ledgerIdentity() const { return identity_; }
+  void setLedgerIdentity(LedgerIdentity identity);
+
+ private:
+  friend class CalCalendarStore;
+  friend class EventFile;
+  enum Changes : unsigned {
+    kTitle = 1,
+    kStart = 2,
+    kEnd = 4,
+    kAllDay = 8,
+    kUrl = 16,
+    kAlarms = 32,
+    kIdentity = 64,
+    kCalendar = 128,
+  };
+  std::string uid_;
+  std::optional<std::string> title_;
+  std::shared_ptr<CalCalendar> calendar_;
+  std::optional<Date> startDate_;
+  std::optional<Date> endDate_;
+  bool allDay_ = false;
+  std::optional<std::string> url_;
+  std::vector<CalAlarm> alarms_;
+  std::optional<LedgerIdentity> identity_;
+  std::string path_;      ///< its file; "" for a new event
+  unsigned changes_ = 0;  ///< what was set since it was read
+};
+
+}  // namespace annivo

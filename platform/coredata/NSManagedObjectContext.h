@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/coredata/NSManagedObject.h"
+#include "platform/coredata/NSManagedObjectModel.h"
+#include "platform/coredata/NSPredicate.h"
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/NSCalendarDate.h"
+#include "platform/foundation/NSFileManager.h"
+
+namespace annivo {
+
+enum class StoreType { sqlite, xml };
+
+struct NSFetchRequest {
+  std::string entity;
+  std::optional<NSPredicate> predicate;
+};
+
+/// One store behind a coordinator. Objects belong to the store and live as long as it does.
+class NSPersistentStore {
+ public:
+  virtual ~NSPersistentStore() = default;
+  /// Objects of the entity and its sub-entities, in ascending objectID, that match.
+  virtual Result<std::vector<NSManagedObject*>> execute(const NSFetchRequest& request) = 0;
+  /// A new, empty object; null in a read-only store.
+  virtual NSManagedObject* insert(const NSEntityDescription& entity) = 0;
+  /// Tells the store that an attribute of one of its objects is about to change to `value`.
+  virtual void set(NSManagedObject& object, std::string_view attribute, PropertyList value) = 0;
+  virtual void remove(NSManagedObject& object) = 0;
+  [[nodiscard]] virtual bool hasChanges() const = 0;
+  /// Writes what changed since the last save; on failure the changes stay pending.
+  virtual Result<void> save() = 0;
+};
+
+/// What stores need of their surroundings.
+struct StoreEnvironment {
+  NSFileManager& files;
+  const Clock& clock;
+  NSTimeZone zone;
+};
+
+/// Holds the store of one file for a model.
+class NSPersistentStoreCoordinator {
+ public:
+  NSPersistentStoreCoordinator(const NSManagedObjectModel& model, StoreEnvironment environment);
+  ~NSPersistentStoreCoordinator();
+
+  /// Opens a store. SQLite stores are opened read-only and must exist. An XML store is created at
+  /// its first save. The error names the file; nothing is changed by a failure.
+  Result<void> addPersistentStore(StoreType type, const std::string& path);
+  /// Null before a store was added.
+  [[nodiscard]] NSPersistentStore* store() const { return store_.get(); }
+  [[nodiscard]] const NSManagedObjectModel& model() const { return model_; }
+
+ private:
+  const NSManagedObjectModel& model_;
+  StoreEnvironment environment_;
+  std::unique_ptr<NSPersistentStore> store_;
+};
+
+/// Fetches, inserts, changes, deletes and saves objects. Over a coordinator without a store every
+/// fetch and save fails, and inserted objects live in the context alone.
+class NSManagedObjectContext {
+ public:
+  void setPersistentStoreCoordinator(NSPersistentStoreCoordinator* coordinator) {
+    coordinator_ = coordinator;
+  }
+  Result<std::vector<NSManagedObject*>> executeFetchRequest(const NSFetchRequest& request);
+  NSManagedObject& insertNewObjectForEntityForName(const std::string& entity);
+  void setValueForKey(NSManagedObject& object, PropertyList value, std::string_view attribute);
+  void deleteObject(NSManagedObject& object);
+  [[nodiscard]] bool hasChanges() const;
+  /// Whether pending edits could be taken in; there are no editors, so always true.
+  [[nodiscard]] bool commitEditing() const { return true; }
+  Result<void> save();
+
+ private:
+  NSPersistentStoreCoordinator* coordinator_ = nullptr;
+  std::vector<std::unique_ptr<NSManagedObject>> unsaved_;  ///< where there is no store
+};
+
+}  // namespace annivo

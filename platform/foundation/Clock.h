@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/foundation/Date.h"
+
+namespace annivo {
+
+/// The present moment.
+class Clock {
+ public:
+  virtual ~Clock() = default;
+  [[nodiscard]] virtual Date now() const = 0;
+};
+
+class SystemClock final : public Clock {
+ public:
+  [[nodiscard]] Date now() const override;
+};
+
+}  // namespace annivo

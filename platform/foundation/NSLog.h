@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/NSCalendarDate.h"
+
+namespace annivo {
+
+/// Where log lines go.
+class Log {
+ public:
+  virtual ~Log() = default;
+  /// Writes one line. Control characters in `text` (line breaks too) are written escaped, so that
+  /// one call is one line.
+  virtual void write(std::string_view text) = 0;
+};
+
+/// The system log (ident AnnivoAgent) and standard error, as
+/// "2026-11-20 18:46:00.123 AnnivoAgent[pid] text" in local time.
+class SystemLog final : public Log {
+ public:
+  SystemLog(const Clock& clock, NSTimeZone zone, std::string ident);
+  void write(std::string_view text) override;
+
+ private:
+  const Clock& clock_;
+  NSTimeZone zone_;
+  std::string ident_;
+  bool opened_ = false;
+};
+
+}  // namespace annivo

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/NSFileManager.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/PropertyList.h"
+
+namespace annivo {
+
+/// The preference domains of one home: <folder>/<domain>.plist. Each domain is read once, when
+/// first asked for, and changed key by key: a change is merged into the file as it then stands,
+/// under a lock, so that a key which another program writes at the same moment is not lost.
+///
+/// A damaged file (no property list, or one that is no dictionary) is logged with its name and
+/// counts as absent; before a change is written it is set aside as "<name>.damaged-<time>". An
+/// unreadable file is logged and never written.
+class PreferenceDomains {
+ public:
+  /// `home` exists; `<home>/Library/Preferences` need not, and is made when first written to.
+  PreferenceDomains(NSFileManager& files, const Clock& clock, Log& log, std::string home);
+
+  /// What the domain itself stores; nothing when there is no such file.
+  [[nodiscard]] const std::optional<PropertyList::Dictionary>& domain(const std::string& name);
+  /// Sets one key in memory; nil removes it. Nothing is written before synchronize.
+  void set(const std::string& name, const std::string& key, PropertyList value);
+  /// Writes the changed keys of a domain, durably and only if the file then differs. The
+  /// unwritten changes stay for the next try when it fails; the failure is logged.
+  Result<void> synchronize(const std::string& name);
+  [[nodiscard]] std::string path(const std::string& name) const;
+
+ private:
+  struct State {
+    std::optional<PropertyList::Dictionary> values;
+    std::map<std::string, PropertyList> changes;
+    bool loaded = false;
+  };
+  enum class Damage { none, malformed, unreadable };
+  std::optional<PropertyList::Dictionary> load(const std::string& name, Damage& damage);
+  Result<void> write(const std::string& name, State& state);
+
+  NSFileManager& files_;
+  const Clock& clock_;
+  Log& log_;
+  std::string home_;
+  std::map<std::string, State> states_;
+};
+
+inline constexpr const char* kGlobalDomain = ".GlobalPreferences";
+
+/// A program's own user defaults: its own domain, then the global domain, then registered values.
+class NSUserDefaults {
+ public:
+  NSUserDefaults(PreferenceDomains& domains, std::string ownDomain);
+
+  /// The value, or nil.
+  [[nodiscard]] const PropertyList& objectForKey(const std::string& key) const;
+  /// Fallback values, never stored.
+  void registerDefaults(PropertyList::Dictionary values);
+  void setObjectForKey(PropertyList value, const std::string& key);
+  Result<void> synchronize();
+  /// Only what that domain itself stores.
+  [[nodiscard]] const std::optional<PropertyList::Dictionary>& persistentDomainForName(
+      const std::string& name) const;
+
+ private:
+  PreferenceDomains& domains_;
+  std::string ownDomain_;
+  PropertyList::Dictionary registered_;
+};
+
+/// One key of another application's domain (CFPreferencesSetAppValue, CFPreferencesAppSynchronize).
+class CFPreferences {
+ public:
+  explicit CFPreferences(PreferenceDomains& domains) : domains_(domains) {}
+  void setAppValue(const std::string& key, PropertyList value, const std::string& domain) {
+    domains_.set(domain, key, std::move(value));
+  }
+  Result<void> appSynchronize(const std::string& domain) { return domains_.synchronize(domain); }
+
+ private:
+  PreferenceDomains& domains_;
+};
+
+}  // namespace annivo

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace annivo {
+
+/// `text` folded for comparison without case (Unicode default case folding of its canonical form).
+/// Plain ASCII costs one pass.
+[[nodiscard]] std::string caseFolded(std::string_view text);
+/// Each word's first letter in upper (title) case, the rest in lower case, by the rules of
+/// `language` (Turkish and Azeri i, Lithuanian left as Unicode's default; a final Greek sigma is
+/// the final form). A word is a run of letters, marks and digits; an apostrophe inside a word
+/// belongs to it.
+[[nodiscard]] std::string capitalized(std::string_view text, std::string_view language);
+[[nodiscard]] bool isValidUTF8(std::string_view text);
+/// `text` with every byte that is no part of valid UTF-8 replaced by U+FFFD.
+[[nodiscard]] std::string repairedUTF8(std::string_view text);
+
+}  // namespace annivo
