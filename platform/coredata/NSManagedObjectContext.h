@@ -26,6 +26,11 @@ struct NSFetchRequest {
 class NSPersistentStore {
  public:
   virtual ~NSPersistentStore() = default;
+  /// Reads the content, if that has not been done; every other operation does it first.
+  virtual Result<void> load() = 0;
+  /// After load: why the file that was found had to be set aside (the store is then empty and
+  /// writes a new file); nothing when all is well.
+  [[nodiscard]] virtual const std::optional<Error>& damage() const = 0;
   /// Objects of the entity and its sub-entities, in ascending objectID, that match.
   virtual Result<std::vector<NSManagedObject*>> execute(const NSFetchRequest& request) = 0;
   /// A new, empty object; null in a read-only store.
