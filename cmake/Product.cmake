@@ -1,1 +1,55 @@
-# The product folder is made here.
+# The product folder, "Annivo 2.app": complete and relocatable in the build folder.
+set(ANNIVO_APP "${CMAKE_BINARY_DIR}/Annivo 2.app")
+set(ANNIVO_AGENT_APP "${ANNIVO_APP}/Contents/Helpers/AnnivoAgent.app")
+
+add_executable(annivo_agent ${CMAKE_SOURCE_DIR}/run/main.cpp)
+target_link_libraries(annivo_agent PRIVATE annivo_options annivo_run annivo_platform)
+set_target_properties(annivo_agent PROPERTIES OUTPUT_NAME AnnivoAgent
+  RUNTIME_OUTPUT_DIRECTORY "${ANNIVO_AGENT_APP}/Contents/Linux")
+if(NOT ANNIVO_SANITIZE)
+  # Most of what a run without work costs is the loading of shared libraries.
+  target_link_options(annivo_agent PRIVATE -static-libstdc++ -static-libgcc -Wl,--as-needed)
+endif()
+
+# Resources: every file under resources/<from> at <to>, copied when it changes.
+set(annivo_resources)
+function(annivo_copy_resources from to)
+  file(GLOB_RECURSE files CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}/resources/${from}
+    ${CMAKE_SOURCE_DIR}/resources/${from}/*)
+  foreach(file IN LISTS files)
+    add_custom_command(OUTPUT "${to}/${file}"
+      COMMAND ${CMAKE_COMMAND} -E copy "${CMAKE_SOURCE_DIR}/resources/${from}/${file}" "${to}/${file}"
+      DEPENDS "${CMAKE_SOURCE_DIR}/resources/${from}/${file}" VERBATIM)
+    list(APPEND annivo_resources "${to}/${file}")
+  endforeach()
+  set(annivo_resources ${annivo_resources} PARENT_SCOPE)
+endfunction()
+annivo_copy_resources(parent "${ANNIVO_APP}/Contents")
+annivo_copy_resources(agent "${ANNIVO_AGENT_APP}/Contents")
+annivo_copy_resources(system "${ANNIVO_APP}/Contents/SharedSupport/System")
+add_custom_target(annivo_resource_files DEPENDS ${annivo_resources})
+
+add_custom_target(annivo_product ALL DEPENDS annivo_agent annivo_resource_files)
+
+if(EXISTS ${CMAKE_SOURCE_DIR}/frameworks/Sparkle/CMakeLists.txt)
+  add_subdirectory(frameworks/Sparkle)
+  annivo_sparkle_framework("${ANNIVO_APP}/Contents/Frameworks/Sparkle.framework")
+  add_dependencies(annivo_product annivo_sparkle_framework)
+endif()
+
+if(EXISTS ${CMAKE_SOURCE_DIR}/parent/CMakeLists.txt)
+  add_subdirectory(parent)
+  set_target_properties(annivo-cli PROPERTIES OUTPUT_NAME annivo
+    RUNTIME_OUTPUT_DIRECTORY "${ANNIVO_APP}/Contents/Linux")
+  # The parent application is the same program under another name.
+  add_custom_command(TARGET annivo-cli POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -E create_symlink annivo "${ANNIVO_APP}/Contents/Linux/Annivo 2" VERBATIM)
+  add_dependencies(annivo_product annivo-cli)
+endif()
+
+include(GNUInstallDirs)
+install(DIRECTORY "${ANNIVO_APP}" DESTINATION ${CMAKE_INSTALL_LIBDIR}/annivo USE_SOURCE_PERMISSIONS)
+install(CODE "
+  file(MAKE_DIRECTORY \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin\")
+  file(CREATE_LINK \"../${CMAKE_INSTALL_LIBDIR}/annivo/Annivo 2.app/Contents/Linux/annivo\"
+    \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/annivo\" SYMBOLIC)")

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "platform/Platform.h"
 
@@ -11,15 +14,24 @@ namespace annivo {
 class AnvCalPrefs {
  public:
   explicit AnvCalPrefs(Platform& platform) : platform_(platform) {}
+
   /// The parent's stored values laid over the defaults; every key that the parent stores is in it,
   /// known or not, with its type as stored. Read from disk at the first call only.
   [[nodiscard]] const PropertyList& prefs();
 
+  /// The text under a key of `prefs`. A value that is no text is reported in the log, with its file
+  /// and key, and the key's default given in its place ("" where it has none).
+  [[nodiscard]] std::string text(const std::string& key);
+  /// The texts under a key of `prefs`, reported in the same way; what is no text in the array is
+  /// left out.
+  [[nodiscard]] std::vector<std::string> texts(const std::string& key);
+
  private:
-  [[nodiscard]] PropertyList::Dictionary defaults(const PropertyList::Dictionary& stored) const;
+  void report(const std::string& key, const std::string& expected);
 
   Platform& platform_;
   std::optional<PropertyList> appPrefs;
+  std::set<std::string> reported_;
 };
 
 }  // namespace annivo

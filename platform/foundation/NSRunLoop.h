@@ -26,6 +26,10 @@ class NSRunLoop {
   /// Waits until a source fires or `limit` comes, whichever is first, and serves what is ready.
   /// False, at once, when there is no source to wait for.
   bool runModeBeforeDate(Time limit);
+  /// The same with a limit counted from now.
+  bool runModeForInterval(std::chrono::milliseconds interval) {
+    return runModeBeforeDate(std::chrono::steady_clock::now() + interval);
+  }
 
  private:
   struct Watch {

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "run/myController.h"
+
+#include "format/ZPKAnvCCalendarItemsFormat.h"
+#include "run/LoggingSwitch.h"
+#include "run/ZPKLimitSystem.h"
+
+namespace annivo {
+
+DelegateClass myController::delegateClass(Platform& platform) {
+  return {.name = "myController",
+          .initialize = [&platform] { initialize(platform); },
+          .make = [&platform] { return std::make_unique<myController>(platform); }};
+}
+
+void myController::initialize(Platform& platform) { ZPKLimitSystem::alert(platform); }
+
+void myController::awakeFromNib(NSWindow window) {
+  log("Annivo open");  // Silent: the defaults that hold the switch are not there yet.
+  defaults = &platform_.standardUserDefaults();
+  defaults->registerDefaults({{"lastUpdate", kUnixEpoch}, {"alarmSet", "0"}});
+  appPrefs = std::make_unique<AnvCalPrefs>(platform_);
+  log("Annivo starting");
+  mainWindow = window;
+  mainWindow.center();
+}
+
+void myController::applicationDidFinishLaunching() {
+  launchSparkle();
+  switch (decide()) {
+    case Decision::emptyCalendars:
+      emptyAndOuit();
+      break;
+    case Decision::nothingToUpdate:
+      log("Annivo ending - nothing to update");
+      platform_.application().terminate();
+      break;
+    case Decision::pass:
+      pass();
+      break;
+  }
+}
+
+myController::Decision myController::decide() {
+  myCalendarItems = std::make_unique<ZPKCalendarItems>(platform_);
+  if (defaults->objectForKey("alarmSet").isEqualToString("1")) return Decision::emptyCalendars;
+  if (!appPrefs->prefs()["appRunning"].isTheTrueObject()) return Decision::emptyCalendars;
+  const PropertyList& stored = defaults->objectForKey("lastUpdate");
+  const Date last = stored.date() ? *stored.date() : kUnixEpoch;
+  const bool changed =
+      myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(appPrefs->text("birthCalUID"), last) ||
+      myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(appPrefs->text("aneeCalUID"), last) ||
+      ZPKAddressBookDates::shouldHelperRun(platform_, last);
+  return changed ? Decision::pass : Decision::nothingToUpdate;
+}
+
+void myController::pass() {
+  log("Starting to add");
+  theDates = std::make_unique<ZPKAddressBookDates>(platform_);
+
+  const std::string anniversaryUID = appPrefs->text("aneeCalUID");
+  const std::string anniversaryTitle = appPrefs->text("aneeCalTitle");
+  if (!anniversaryUID.empty()) {
+    myCalendarItems->setThisCalendarWithUIDForType(anniversaryTitle, anniversaryUID, "aneeCalUID");
+    if (!myCalendarItems->calendarLocked()) {
+      sendCalendarTypeWithFormat("anni", appPrefs->texts("titleAnniversaries"));
+    }
+  }
+
+  const std::string birthdayUID = appPrefs->text("birthCalUID");
+  const std::string birthdayTitle = appPrefs->text("birthCalTitle");
+  if (!birthdayUID.empty()) {
+    if (birthdayTitle == anniversaryTitle) {
+      if (birthdayUID != anniversaryUID) {
+        const auto& shared = myCalendarItems->thisCalendar();
+        myCalendarItems->setDefaultUIDForType(shared ? std::optional(shared->uid()) : std::nullopt,
+                                              "birthCalUID");
+      }
+    } else {
+      myCalendarItems->setThisCalendarWithUIDForType(birthdayTitle, birthdayUID, "birthCalUID");
+    }
+    if (!myCalendarItems->calendarLocked()) {
+      sendCalendarTypeWithFormat("birth", appPrefs->texts("titleBirthdays"));
+    }
+  }
+
+  myCalendarItems->removeOtherEvents();
+  // The time of the run says that the calendars are as they should be, so they must be on disk
+  // before it is.
+  myCalendarItems->synchronizeCalendars();
+  defaults->setObjectForKey(platform_.clock().now(), "lastUpdate");
+  (void)defaults->synchronize();  // Logged where it fails; the next run then does the pass again.
+  log("Annivo ending");
+  platform_.application().terminate();
+}
+
+void myController::sendCalendarTypeWithFormat(const std::string& type,
+                                              std::vector<std::string> titleFormat) {
+  {
+    ZPKAnvCCalendarItemsFormat formatter(platform_, *myCalendarItems, std::move(titleFormat));
+    formatter.setAlarmsWithDataForType(appPrefs->prefs(), type);
+    const auto& records =
+        type == "anni" ? theDates->addressBookCustomDates() : theDates->addressBookBirthDates();
+    for (const ContactDateRecord& record : records) formatter.setEventsWithOriginal(record);
+  }
+  log(type + " Ended");
+}
+
+void myController::emptyAndOuit() {
+  log("Annivo emptying calendar");
+  platform_.appPreferences().setAppValue("appRunning", false, kParentDomain);
+  (void)platform_.appPreferences().appSynchronize(kParentDomain);  // Logged where it fails.
+  // One writer at a time: two would hold the ledger open side by side.
+  myCalendarItems.reset();
+  myCalendarItems = std::make_unique<ZPKCalendarItems>(platform_);
+  myCalendarItems->removeOtherEvents();
+  log("Annivo ending");
+  platform_.application().terminate();
+}
+
+void myController::openParentAndOuit() {
+  NSWorkspace& workspace = platform_.workspace();
+  if (const auto path = workspace.absolutePathForAppBundleWithIdentifier(kParentDomain)) {
+    (void)workspace.launchApplication(*path);
+  }
+  platform_.application().terminate();
+}
+
+void myController::log(const std::string& line) {
+  if (defaults != nullptr) logOptionally(platform_, line);
+}
+
+}  // namespace annivo
