@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "calendar/ZPKCalendarItems.h"
 #include "contacts/ContactDateRecord.h"
+#include "format/TitleTemplate.h"
 #include "platform/Platform.h"
 
 namespace annivo {
@@ -18,21 +17,24 @@ class ZPKAnvCCalendarItemsFormat {
  public:
   /// `initWithTarget:andTitleFormat:`. The writer is not owned and outlives the formatter.
   ZPKAnvCCalendarItemsFormat(Platform& platform, ZPKCalendarItems& target,
-                             std::vector<std::string> titleFormat);
+                             const std::vector<std::string>& titleFormat);
 
-  /// The nine token names in their order.
-  [[nodiscard]] static const std::vector<std::string>& usedTokens();
-  /// `setAlarmsWithData:forType:`. Fills the writer's alarm list from the alarm table; `type` is
-  /// "birth" or "anni".
+  /// `usedTokens`, `setUsedTokens`. The nine token names in their order.
+  [[nodiscard]] static constexpr const auto& usedTokens() { return kTokens; }
+  /// `setAlarmsWithData:forType:`. Fills the writer's alarm list, emptied first, from the alarm
+  /// table; `type` is "birth" or "anni". A row counts when its value under `type` is the boolean
+  /// true and its kind is not "None"; what is missing in it or of another type counts as empty.
   void setAlarmsWithDataForType(const PropertyList& preferences, const std::string& type);
   /// `setEventsWithOriginal:`. Hands up to three events to the writer. A record without a date
   /// yields none.
   void setEventsWithOriginal(const ContactDateRecord& record);
+  /// What setEventsWithOriginal hands to the writer.
+  [[nodiscard]] std::vector<ZPKCalendarItems::BasicEvent> eventsForOriginal(
+      const ContactDateRecord& record) const;
 
  private:
   Platform& platform_;
   ZPKCalendarItems& thisInstance;
-  std::vector<std::string> titleFormat;
   std::string mainTitleString;
 };
 

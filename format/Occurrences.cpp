@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#include "format/Occurrences.h"
+
+namespace annivo {
+
+std::vector<Occurrence> occurrences(Date date, Date now, const NSTimeZone& zone) {
+  constexpr int kPasses = 3;
+  std::vector<Occurrence> result;
+  result.reserve(kPasses);
+  const std::int64_t years = wholeYears(date, now, zone);
+  for (int i = 0; i < kPasses; ++i) {
+    const std::int64_t age = years + i;
+    if (age >= 0) result.push_back({.age = age, .date = dateByAddingYears(date, age, zone)});
+  }
+  return result;
+}
+
+}  // namespace annivo

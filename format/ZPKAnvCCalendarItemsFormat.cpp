@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "format/ZPKAnvCCalendarItemsFormat.h"
+
+#include "format/AlarmTrigger.h"
+#include "format/Occurrences.h"
+#include "run/LoggingSwitch.h"
+
+namespace annivo {
+
+ZPKAnvCCalendarItemsFormat::ZPKAnvCCalendarItemsFormat(Platform& platform, ZPKCalendarItems& target,
+                                                       const std::vector<std::string>& titleFormat)
+    : platform_(platform), thisInstance(target), mainTitleString(masterTitle(titleFormat)) {}
+
+void ZPKAnvCCalendarItemsFormat::setAlarmsWithDataForType(const PropertyList& preferences,
+                                                          const std::string& type) {
+  thisInstance.initAlarmArray();
+  const auto* rows = preferences["alarmTable"].array();
+  if (!rows) return;
+  const auto* path = preferences["alarmFilePath"].string();
+  const std::string url = path ? fileURLWithPath(*path) : "";
+  for (const auto& row : *rows) {
+    if (row["type"].isEqualToString("None") || !row[type].isTheTrueObject()) continue;
+    thisInstance.addAlarm({.addAlarm = row["type"].stringOr(""),
+                           .emailAddress = preferences["setEmail"].stringOr(""),
+                           .relativeTrigger = triggerIntervalFromDaysAndHours(
+                               row["days"], row["time"], platform_.defaultTimeZone()),
+                           .sound = preferences["selectedSystemSound"].stringOr(""),
+                           .URL = url});
+  }
+}
+
+void ZPKAnvCCalendarItemsFormat::setEventsWithOriginal(const ContactDateRecord& record) {
+  if (!record.thisDate) {
+    logOptionally(platform_, "No date in the record ", record.dateUID);
+    return;
+  }
+  for (const auto& event : eventsForOriginal(record)) thisInstance.addBasicEvent(event);
+}
+
+std::vector<ZPKCalendarItems::BasicEvent> ZPKAnvCCalendarItemsFormat::eventsForOriginal(
+    const ContactDateRecord& record) const {
+  std::vector<ZPKCalendarItems::BasicEvent> events;
+  if (!record.thisDate) return events;
+  const auto& zone = platform_.defaultTimeZone();
+  const Date now = platform_.clock().now();
+  const std::string base = baseTitle(mainTitleString, record, yearText(*record.thisDate, zone),
+                                     platform_.localizedString(record.dateType, ""));
+  const auto& language = platform_.preferredLanguages().front();
+  for (const auto& [age, date] : occurrences(*record.thisDate, now, zone)) {
+    events.push_back({.title = titleForAge(base, age, language),
+                      .withStartDate = date,
+                      .endDate = date,
+                      .allDay = true,
+                      .notes = "",
+                      .location = std::nullopt,
+                      .url = "addressbook://" + record.personUID,
+                      .uid = record.dateUID});
+  }
+  return events;
+}
+
+}  // namespace annivo
