@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/addressbook/AddressBookStoreWriter.h"
+#include "platform/foundation/PropertyList.h"
+
+namespace annivo {
+
+/// What a run of the real executable left behind.
+struct AgentRun {
+  int status = -1;  ///< exit status, or minus the signal that ended it
+  std::string errors;
+  /// Log lines without their time and process prefix.
+  std::vector<std::string> log;
+  [[nodiscard]] bool logged(const std::string& line) const;
+  /// Whether some line holds the text.
+  [[nodiscard]] bool mentions(const std::string& text) const;
+};
+
+/// A temporary home on which the real agent runs, with what a test needs to say and to look at.
+class AgentHome {
+ public:
+  AgentHome();
+  ~AgentHome();
+  AgentHome(const AgentHome&) = delete;
+  AgentHome& operator=(const AgentHome&) = delete;
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+  [[nodiscard]] std::string path(const std::string& relative) const {
+    return path_ + "/" + relative;
+  }
+
+  // Preferences.
+  void setParent(const PropertyList::Dictionary& values) const;
+  void setOwn(const PropertyList::Dictionary& values) const;
+  [[nodiscard]] PropertyList::Dictionary parent() const;
+  [[nodiscard]] PropertyList::Dictionary own() const;
+
+  // Contacts and calendars.
+  /// Writes the main store and touches its Metadata folder.
+  void setContacts(const std::vector<StoredPerson>& people,
+                   const std::vector<StoredGroup>& groups = {}) const;
+  /// Makes an empty calendar; returns its UID.
+  std::string addCalendar(const std::string& uid, const std::string& title,
+                          const PropertyList::Dictionary& more = {}) const;
+  /// Titles of the events in a calendar, sorted.
+  [[nodiscard]] std::vector<std::string> titles(const std::string& calendarUID) const;
+  [[nodiscard]] std::string eventsFolder(const std::string& calendarUID) const;
+  /// UIDs of all calendars, sorted.
+  [[nodiscard]] std::vector<std::string> calendars() const;
+  [[nodiscard]] std::string ledger() const;
+  /// How many events the ledger file holds.
+  [[nodiscard]] std::size_t ledgerRecords() const;
+
+  // Files.
+  void write(const std::string& relative, const std::string& bytes) const;
+  [[nodiscard]] std::string read(const std::string& relative) const;
+  /// Sets a modification time, in seconds of the Unix epoch.
+  void touch(const std::string& relative, long seconds) const;
+  /// Every file and folder below the home with content and modification time, but for the lock.
+  [[nodiscard]] std::map<std::string, std::string> snapshot() const;
+
+  /// Runs the agent; `environment` adds to HOME, TZ=UTC and LANG=en_US.UTF-8.
+  [[nodiscard]] AgentRun run(const std::map<std::string, std::string>& environment = {},
+                             const std::string& executable = agentExecutable()) const;
+  [[nodiscard]] static std::string agentExecutable();
+
+ private:
+  std::string path_;
+};
+
+/// A person with a birthday.
+[[nodiscard]] StoredPerson personBorn(const std::string& first, const std::string& last,
+                                      StoredDay day);
+/// A person with one labelled date.
+[[nodiscard]] StoredPerson personWithDate(const std::string& first, const std::string& last,
+                                          const std::string& label, StoredDay day);
+
+}  // namespace annivo
