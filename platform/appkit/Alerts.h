@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "platform/foundation/Error.h"
 
@@ -18,6 +19,11 @@ struct NSAlert {
 
 enum class AlertAnswer { alternate = 0, defaultButton = 1, other = -1 };
 
+struct AlertButton {
+  std::string title;
+  AlertAnswer answer;
+};
+
 /// Shows alerts and waits for the answer.
 class Alerts {
  public:
@@ -27,5 +33,13 @@ class Alerts {
 
 /// The alert that shows an error (alertWithError:): its description, then its reason.
 [[nodiscard]] NSAlert alertWithError(const Error& error);
+/// The buttons that an alert has, default first; never empty. The last one answers for a person
+/// who dismisses the alert or is not there.
+[[nodiscard]] std::vector<AlertButton> buttonsOf(const NSAlert& alert);
+/// All that the alert says: its message and, an empty line further, its informative text.
+[[nodiscard]] std::string textOf(const NSAlert& alert);
+/// `text` as valid UTF-8 without control characters other than line feeds: each other one, which a
+/// terminal might obey, becomes a space.
+[[nodiscard]] std::string displayableText(const std::string& text);
 
 }  // namespace annivo

@@ -29,6 +29,8 @@ class NSBundle {
   static NSBundle enclosing(const NSFileManager& files, const std::string& executable);
 
   [[nodiscard]] const std::string& bundlePath() const { return path_; }
+  /// The files that the bundle is read from.
+  [[nodiscard]] const NSFileManager& fileManager() const { return *files_; }
   [[nodiscard]] std::string resourcesPath() const;
   /// Info.plist; an empty dictionary when it is missing or damaged.
   [[nodiscard]] const PropertyList& infoDictionary() const;
