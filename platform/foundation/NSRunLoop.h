@@ -31,6 +31,10 @@ class NSRunLoop {
   /// descriptors by number, then due timers by time. False, at once, when there is no source to
   /// wait for. An exception that leaves a handler leaves the loop usable.
   bool runModeBeforeDate(Time limit);
+  /// The same with a limit counted from now.
+  bool runModeForInterval(std::chrono::milliseconds interval) {
+    return runModeBeforeDate(Clock::now() + interval);
+  }
 
  private:
   struct Watch {
