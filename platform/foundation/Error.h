@@ -29,8 +29,8 @@ struct Error {
 };
 
 /// An error from `errno`; `operation` is a verb phrase ("read"), `path` names the file. The one
-/// place where errno values are translated: ENOENT and ENOTDIR are absent, EACCES, EPERM, ELOOP,
-/// EISDIR and EIO on reading are unreadable, all else failed.
+/// place where errno values are translated: ENOENT and ENOTDIR are absent; EACCES, EPERM, ELOOP,
+/// EISDIR and EIO are unreadable; all else is failed.
 [[nodiscard]] Error errorFromErrno(int code, const std::string& operation, const std::string& path);
 
 /// A value, or why there is none.

@@ -28,7 +28,8 @@ class NSTimeZone {
   /// UTC.
   NSTimeZone();
   /// The zone of that name or TZ value ("Europe/Berlin", ":Europe/Berlin", "/path/to/tzfile",
-  /// "UTC"); a value that names no zone is UTC.
+  /// "UTC"). A POSIX value that the database does not hold ("UTC+5", "<+0530>-5:30") has its
+  /// standard offset all year round; a value that names no zone is UTC. Read when first needed.
   explicit NSTimeZone(const std::string& name);
   /// The person's zone: `tz` (the value of TZ) when not empty, else /etc/localtime.
   static NSTimeZone system(const std::string& tz);
