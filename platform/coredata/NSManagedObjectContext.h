@@ -4,6 +4,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/coredata/NSManagedObject.h"
@@ -31,6 +33,8 @@ class NSPersistentStore {
   /// After load: why the file that was found had to be set aside (the store is then empty and
   /// writes a new file); nothing when all is well.
   [[nodiscard]] virtual const std::optional<Error>& damage() const = 0;
+  /// What was met so far that had to be read as nil, in words for the log, without contact data.
+  [[nodiscard]] virtual std::vector<std::string> notes() const { return {}; }
   /// Objects of the entity and its sub-entities, in ascending objectID, that match.
   virtual Result<std::vector<NSManagedObject*>> execute(const NSFetchRequest& request) = 0;
   /// A new, empty object; null in a read-only store.
@@ -86,8 +90,11 @@ class NSManagedObjectContext {
   Result<void> save();
 
  private:
+  [[nodiscard]] NSPersistentStore* store() const;
+
   NSPersistentStoreCoordinator* coordinator_ = nullptr;
-  std::vector<std::unique_ptr<NSManagedObject>> unsaved_;  ///< where there is no store
+  /// Where there is no store, or one that takes nothing in.
+  std::unordered_map<const NSManagedObject*, std::unique_ptr<NSManagedObject>> unsaved_;
 };
 
 }  // namespace annivo
