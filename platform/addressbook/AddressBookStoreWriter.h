@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,7 +37,7 @@ struct StoredPerson {
   std::vector<StoredDate> dates;
   std::vector<std::string> emails;  ///< the first is primary
   bool isMe = false;
-  bool isSubscribed = false;  ///< written as ABCDSubscribedContact (current generation only)
+  bool isSubscribed = false;  ///< written as ABCDSubscribedContact
 };
 
 struct StoredGroup {
@@ -45,6 +45,7 @@ struct StoredGroup {
   std::string name;
   std::vector<std::size_t> people;     ///< indices into the people written with it
   std::vector<std::size_t> subgroups;  ///< indices into the groups written with it
+  /// A smart group has no members of its own: its two lists are not written.
   enum class Kind { plain, subscribed, smart } kind = Kind::plain;
 };
 
@@ -52,8 +53,9 @@ struct StoredGroup {
 /// the bookkeeping tables and values that other readers of such stores expect.
 class AddressBookStoreWriter {
  public:
-  /// Writes to `path`, which must not exist, in one transaction; on failure no file is left.
-  /// Moves through `people` in order, so that Z_PK ascends with it.
+  /// Writes to `path`, which must not exist; the file gets that name when it is whole and on disk,
+  /// and a failure leaves none. Refused when a date is no day of the calendar or a group names a
+  /// member that is not there. Moves through `people` in order, so that Z_PK ascends with it.
   static Result<void> write(const std::string& path, StoreGeneration generation,
                             const std::vector<StoredPerson>& people,
                             const std::vector<StoredGroup>& groups, Date now);
