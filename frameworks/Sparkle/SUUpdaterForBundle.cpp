@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include <string>
+
+#include "frameworks/Sparkle/Appcast.h"
+#include "frameworks/Sparkle/FeedFetcher.h"
+#include "frameworks/Sparkle/UpdateChoice.h"
+#include "platform/sparkle/SUUpdater.h"
+
+namespace annivo {
+
+namespace {
+
+/// `address` without the name and password that it may hold, which are nothing for a log.
+std::string withoutCredentials(const std::string& address) {
+  const std::size_t host = address.find("://");
+  if (host == std::string::npos) return address;
+  const std::size_t end = std::min(address.find_first_of("/?#", host + 3), address.size());
+  const std::size_t at = address.substr(0, end).rfind('@');
+  return at == std::string::npos ? address : address.substr(0, host + 3) + address.substr(at + 1);
+}
+
+/// Checks one bundle. It reads the host's preferences and writes nothing.
+class BundleUpdater final : public SUUpdater {
+ public:
+  BundleUpdater(const SUHost& host, const NSBundle& bundle)
+      : host_(host), bundle_(bundle), fetcher_(host.runLoop) {}
+
+  void setDelegate(SUUpdaterDelegate* delegate) override { delegate_ = delegate; }
+
+  void checkForUpdateInformation() override {
+    if (isChecking_) return;
+    isChecking_ = true;
+    feed_ = text("SUFeedURL");
+    if (feed_.empty()) feed_ = bundle_.infoDictionary()["SUFeedURL"].stringOr("");
+    fetcher_.fetch(feed_, [this](const Result<std::string>& feed) { feedArrived(feed); });
+  }
+
+ private:
+  /// A text that the person's preferences of the bundle hold; "" without one.
+  [[nodiscard]] std::string text(const std::string& key) const {
+    const auto& domain = host_.domains.domain(bundle_.bundleIdentifier());
+    if (!domain) return "";
+    const auto found = domain->find(key);
+    return found == domain->end() ? "" : found->second.stringOr("");
+  }
+
+  void feedArrived(const Result<std::string>& feed) {
+    const auto item = feed ? choose(*feed) : explain(feed.error());
+    isChecking_ = false;
+    if (!delegate_) return;
+    if (item) {
+      delegate_->updaterDidFindValidUpdate(
+          {.version = item->version, .displayVersion = item->displayVersion, .url = item->url});
+    } else {
+      delegate_->updaterDidNotFindUpdate();
+    }
+  }
+
+  [[nodiscard]] std::optional<AppcastItem> choose(const std::string& feed) const {
+    const auto items = parseAppcast(feed);
+    if (!items) return explain(items.error());
+    const std::string version = bundle_.infoDictionary()["CFBundleVersion"].stringOr("");
+    if (version.empty()) {
+      host_.log.write("No update check: " + bundle_.bundlePath() + " has no CFBundleVersion.");
+      return std::nullopt;
+    }
+    return chooseUpdate(*items, {.version = version,
+                                 .systemVersion = host_.systemVersion,
+                                 .skippedVersion = text("SUSkippedVersion")});
+  }
+
+  std::optional<AppcastItem> explain(const Error& error) const {
+    host_.log.write("No update check of \"" + withoutCredentials(feed_) +
+                    "\": " + error.description +
+                    (error.failureReason.empty() ? "" : " " + error.failureReason));
+    return std::nullopt;
+  }
+
+  const SUHost& host_;
+  const NSBundle& bundle_;
+  SUUpdaterDelegate* delegate_ = nullptr;
+  FeedFetcher fetcher_;
+  std::string feed_;
+  bool isChecking_ = false;
+};
+
+}  // namespace
+
+}  // namespace annivo
+
+/// The one symbol of the module. The host and the bundle must outlive the updater, which the
+/// caller owns.
+extern "C" [[gnu::visibility("default")]] annivo::SUUpdater* SUUpdaterForBundle(
+    annivo::SUHost* host, const annivo::NSBundle* bundle) {
+  return new annivo::BundleUpdater(*host, *bundle);
+}
