@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include "platform/foundation/NSFileManager.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace annivo {
+
+bool NSFileManager::fileExistsAtPath(const std::string& path) const {
+  return attributesAtPath(path, Links::follow).ok();
+}
+
+Result<void> NSFileManager::createDirectoriesUnder(const std::string& root,
+                                                   const std::string& path) {
+  if (path == root) {
+    if (fileExistsAtPath(root)) return {};
+    return errorFromErrno(ENOENT, "find the folder", root);
+  }
+  if (!path.starts_with(root + "/")) {
+    return Error{.kind = Error::Kind::refused,
+                 .domain = "NSCocoaErrorDomain",
+                 .description = "The folder " + path + " does not lie under " + root + ".",
+                 .failureReason = {}};
+  }
+  auto made = createDirectory(path);
+  if (made || made.error().kind != Error::Kind::absent) return made;
+  if (auto above = createDirectoriesUnder(root, path.substr(0, path.rfind('/'))); !above) {
+    return above;
+  }
+  return createDirectory(path);
+}
+
+Result<std::string> pathComponent(std::string_view name, const std::string& what) {
+  const auto refused = [&](const std::string& reason) {
+    return Error{.kind = Error::Kind::refused,
+                 .domain = "NSCocoaErrorDomain",
+                 .description = "The " + what + " cannot be used as a file name.",
+                 .failureReason = reason};
+  };
+  constexpr std::size_t kLongest = 200;
+  if (name.empty()) return refused("It is empty.");
+  if (name == "." || name == "..") return refused("It names a folder above or around it.");
+  if (name.size() > kLongest) return refused("It is longer than 200 bytes.");
+  const auto forbidden = [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F || byte == '/';
+  };
+  if (std::any_of(name.begin(), name.end(), forbidden)) {
+    return refused("It holds a slash or a control character.");
+  }
+  return std::string(name);
+}
+
+}  // namespace annivo

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "platform/foundation/NSLocale.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace annivo {
+
+namespace {
+
+std::string lowered(std::string_view text) {
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return result;
+}
+
+bool isTraditionalChinese(const std::string& tag) {
+  static constexpr std::string_view kMarks[] = {"hant", "tw", "hk", "mo"};
+  return tag.find("hans") == std::string::npos &&
+         std::any_of(std::begin(kMarks), std::end(kMarks),
+                     [&](std::string_view mark) { return tag.find(mark, 2) != std::string::npos; });
+}
+
+std::vector<std::string> split(const std::string& list) {
+  std::vector<std::string> parts;
+  for (std::size_t start = 0; start <= list.size();) {
+    const std::size_t end = std::min(list.find(':', start), list.size());
+    parts.push_back(list.substr(start, end - start));
+    start = end + 1;
+  }
+  return parts;
+}
+
+}  // namespace
+
+std::string bareLanguage(std::string_view tag) {
+  const std::string name = lowered(tag.substr(0, tag.find_first_of(".@")));
+  std::string language = name.substr(0, name.find_first_of("_-"));
+  const bool letters =
+      std::all_of(language.begin(), language.end(), [](char c) { return c >= 'a' && c <= 'z'; });
+  if (!letters || language.size() < 2 || language.size() > 3) return "";
+  if (language == "zh") return isTraditionalChinese(name) ? "zh-Hant" : "zh-Hans";
+  return language;
+}
+
+std::vector<std::string> preferredLanguages(const PropertyList& appleLanguages,
+                                            const Environment& environment) {
+  std::vector<std::string> languages;
+  if (appleLanguages.array()) {
+    for (const PropertyList& language : *appleLanguages.array()) {
+      if (language.string() && !language.string()->empty()) {
+        languages.push_back(*language.string());
+      }
+    }
+    if (!languages.empty()) return languages;
+  }
+  for (const char* variable : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
+    const std::string value = environment(variable);
+    if (value.empty()) continue;
+    for (const std::string& tag : split(value)) {
+      std::string language = bareLanguage(tag);
+      if (!language.empty() &&
+          std::find(languages.begin(), languages.end(), language) == languages.end()) {
+        languages.push_back(std::move(language));
+      }
+    }
+    break;
+  }
+  if (languages.empty()) languages.emplace_back("en");
+  return languages;
+}
+
+}  // namespace annivo
