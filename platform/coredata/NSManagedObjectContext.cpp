@@ -79,7 +79,7 @@ bool NSManagedObjectContext::hasChanges() const {
 }
 
 Result<void> NSManagedObjectContext::save() {
-  if (store() == nullptr) return noStore("save");
+  if (store() == nullptr || !unsaved_.empty()) return noStore("save");
   return store()->save();
 }
 

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "platform/coredata/NSManagedObject.h"
+#include "platform/coredata/SQLiteDatabase.h"
+#include "platform/coredata/SQLiteSchema.h"
+#include "platform/foundation/NSCalendarDate.h"
+
+namespace annivo {
+
+/// What one query of a store gave: all objects of some kinds that share a table.
+struct SQLiteBatch {
+  /// A to-one relationship that was read and waits for the objects it leads to.
+  struct Link {
+    NSManagedObject* object;
+    std::size_t relationship;
+    std::int64_t destination;
+  };
+
+  std::string table;
+  std::vector<SQLiteSchema::Kind> kinds;
+  std::deque<NSManagedObject> objects;  ///< ascending by objectID
+  std::vector<Link> links;
+
+  /// Null when there is no such object in it.
+  [[nodiscard]] NSManagedObject* find(std::int64_t objectID);
+};
+
+/// Fills a batch of which table and kinds are set. A value that its column should not hold is read
+/// as nil, with one line in `notes` a column.
+Result<void> readBatch(SQLiteBatch& batch, const SQLiteDatabase& database,
+                       const SQLiteSchema& schema, const NSTimeZone& zone,
+                       std::vector<std::string>& notes);
+
+}  // namespace annivo

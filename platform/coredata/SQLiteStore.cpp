@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: MIT
+#include "platform/coredata/SQLiteStore.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <map>
+#include <set>
+
+#include "platform/coredata/SQLiteBatch.h"
+
+namespace annivo {
+
+namespace {
+
+/// A store opened for reading.
+///
+/// 1. A fetch reads its entity, and whatever the model's relationships lead to, table by table:
+///    one query an entity and one a join table, all in one read transaction.
+/// 2. What a query gave is a batch. Objects are made once and kept: later fetches and
+///    relationships find them in the batches.
+/// 3. A fetch that fails leaves the batches as they were before it.
+class SQLiteStore final : public NSPersistentStore {
+ public:
+  SQLiteStore(const NSManagedObjectModel& model, NSTimeZone zone, SQLiteDatabase database,
+              SQLiteSchema schema, std::string path)
+      : model_(model),
+        zone_(std::move(zone)),
+        database_(std::move(database)),
+        schema_(std::move(schema)),
+        path_(std::move(path)) {}
+
+  Result<void> load() override { return {}; }
+  [[nodiscard]] const std::optional<Error>& damage() const override { return damage_; }
+  [[nodiscard]] std::vector<std::string> notes() const override { return notes_; }
+  Result<std::vector<NSManagedObject*>> execute(const NSFetchRequest& request) override;
+
+  NSManagedObject* insert(const NSEntityDescription&) override { return nullptr; }
+  void set(NSManagedObject&, std::string_view, PropertyList) override { refuse(); }
+  void remove(NSManagedObject&) override { refuse(); }
+  [[nodiscard]] bool hasChanges() const override { return false; }
+  Result<void> save() override { return {}; }
+
+ private:
+  [[noreturn]] void refuse() const {
+    std::cerr << "The store " << path_ << " is for reading only\n";
+    std::abort();
+  }
+
+  Result<void> loadInOneTransaction(const NSEntityDescription& entity);
+  Result<void> loadEntity(const NSEntityDescription& entity);
+  [[nodiscard]] std::vector<SQLiteSchema::Kind> kindsToLoad(
+      const NSEntityDescription& entity) const;
+  Result<void> loadDestinations(const SQLiteBatch& batch);
+  void resolveLinks(SQLiteBatch& batch);
+  Result<void> readToMany(SQLiteBatch& batch);
+  Result<void> readJoinTable(SQLiteBatch& batch, const SQLiteSchema::JoinTable& join,
+                             const NSRelationshipDescription& relationship);
+  [[nodiscard]] const NSManagedObject* find(const NSRelationshipDescription& relationship,
+                                            std::int64_t objectID);
+  [[nodiscard]] std::vector<NSManagedObject*> objectsOf(const NSEntityDescription& entity);
+
+  const NSManagedObjectModel& model_;
+  NSTimeZone zone_;
+  SQLiteDatabase database_;
+  SQLiteSchema schema_;
+  std::string path_;
+  std::deque<SQLiteBatch> batches_;
+  std::vector<std::string> notes_;
+  std::optional<Error> damage_;
+};
+
+Result<std::vector<NSManagedObject*>> SQLiteStore::execute(const NSFetchRequest& request) {
+  const NSEntityDescription* entity = model_.entityForName(request.entity);
+  if (entity == nullptr) {
+    return Error{.kind = Error::Kind::absent,
+                 .domain = "NSCocoaErrorDomain",
+                 .code = 134070,
+                 .description = "The model of \"" + path_ + "\" has no \"" + request.entity + "\".",
+                 .failureReason = ""};
+  }
+  if (!kindsToLoad(*entity).empty()) {
+    if (const auto loaded = loadInOneTransaction(*entity); !loaded) return loaded.error();
+  }
+  std::vector<NSManagedObject*> objects = objectsOf(*entity);
+  if (request.predicate) {
+    std::erase_if(objects, [&](const NSManagedObject* object) {
+      return !request.predicate->evaluate(
+          [&](std::string_view key) -> const PropertyList& { return object->valueForKey(key); });
+    });
+  }
+  return objects;
+}
+
+Result<void> SQLiteStore::loadInOneTransaction(const NSEntityDescription& entity) {
+  const std::size_t batchesBefore = batches_.size();
+  const std::size_t notesBefore = notes_.size();
+  if (const auto begun = database_.execute("BEGIN"); !begun) return begun.error();
+  const auto loaded = loadEntity(entity);
+  const auto ended = database_.execute(loaded ? "COMMIT" : "ROLLBACK");
+  if (loaded && ended) return {};
+  batches_.resize(batchesBefore);
+  notes_.resize(notesBefore);
+  return loaded ? ended : loaded;
+}
+
+std::vector<SQLiteSchema::Kind> SQLiteStore::kindsToLoad(const NSEntityDescription& entity) const {
+  auto kinds = schema_.kindsOf(entity);
+  for (const SQLiteBatch& batch : batches_) {
+    for (const auto& loaded : batch.kinds) {
+      std::erase_if(kinds, [&](const auto& kind) { return kind.number == loaded.number; });
+    }
+  }
+  return kinds;
+}
+
+Result<void> SQLiteStore::loadEntity(const NSEntityDescription& entity) {
+  auto kinds = kindsToLoad(entity);
+  if (kinds.empty()) return {};
+  SQLiteBatch& batch = batches_.emplace_back();
+  batch.table = schema_.tableOf(entity);
+  batch.kinds = std::move(kinds);
+  if (const auto read = readBatch(batch, database_, schema_, zone_, notes_); !read) return read;
+  if (const auto loaded = loadDestinations(batch); !loaded) return loaded;
+  resolveLinks(batch);
+  return readToMany(batch);
+}
+
+Result<void> SQLiteStore::loadDestinations(const SQLiteBatch& batch) {
+  for (const auto& kind : batch.kinds) {
+    for (const auto& relationship : kind.entity->relationships) {
+      const auto loaded = loadEntity(*model_.entityForName(relationship.destination));
+      if (!loaded) return loaded;
+    }
+  }
+  return {};
+}
+
+void SQLiteStore::resolveLinks(SQLiteBatch& batch) {
+  for (const auto& [object, index, destination] : batch.links) {
+    const auto* found = find(object->entity().relationships[index], destination);
+    if (found != nullptr) object->relationshipAt(index) = {found};
+  }
+  batch.links = {};
+}
+
+Result<void> SQLiteStore::readToMany(SQLiteBatch& batch) {
+  std::set<std::string> done;
+  for (const auto& kind : batch.kinds) {
+    for (const auto& relationship : kind.entity->relationships) {
+      if (!relationship.toMany) continue;
+      const auto join = schema_.joinTable(kind, relationship);
+      if (!join || !done.insert(join->table).second) continue;
+      if (const auto read = readJoinTable(batch, *join, relationship); !read) return read;
+    }
+  }
+  return {};
+}
+
+Result<void> SQLiteStore::readJoinTable(SQLiteBatch& batch, const SQLiteSchema::JoinTable& join,
+                                        const NSRelationshipDescription& relationship) {
+  auto statement = database_.prepare("SELECT \"" + join.ownColumn + "\", \"" + join.otherColumn +
+                                     "\" FROM \"" + join.table + '"');
+  if (!statement) return statement.error();
+  for (;;) {
+    const auto row = statement->step();
+    if (!row) return row.error();
+    if (!*row) break;
+    const auto own = statement->integer(0);
+    const auto other = statement->integer(1);
+    if (!own || !other) continue;
+    NSManagedObject* object = batch.find(*own);
+    if (object == nullptr) continue;
+    const auto index = object->entity().relationshipIndex(relationship.name);
+    const NSManagedObject* member = find(relationship, *other);
+    if (index && member != nullptr) object->relationshipAt(*index).push_back(member);
+  }
+  for (NSManagedObject& object : batch.objects) {
+    const auto index = object.entity().relationshipIndex(relationship.name);
+    if (!index) continue;
+    auto& members = object.relationshipAt(*index);
+    std::sort(members.begin(), members.end(),
+              [](const auto* a, const auto* b) { return a->objectID() < b->objectID(); });
+    members.erase(std::unique(members.begin(), members.end()), members.end());
+  }
+  return {};
+}
+
+const NSManagedObject* SQLiteStore::find(const NSRelationshipDescription& relationship,
+                                         std::int64_t objectID) {
+  const std::string table = schema_.tableOf(*model_.entityForName(relationship.destination));
+  for (SQLiteBatch& batch : batches_) {
+    if (batch.table != table) continue;
+    const NSManagedObject* object = batch.find(objectID);
+    if (object == nullptr) continue;
+    return model_.isKindOf(object->entity(), relationship.destination) ? object : nullptr;
+  }
+  return nullptr;
+}
+
+std::vector<NSManagedObject*> SQLiteStore::objectsOf(const NSEntityDescription& entity) {
+  std::vector<NSManagedObject*> objects;
+  const std::string table = schema_.tableOf(entity);
+  for (SQLiteBatch& batch : batches_) {
+    if (batch.table != table) continue;
+    for (NSManagedObject& object : batch.objects) {
+      if (model_.isKindOf(object.entity(), entity.name)) objects.push_back(&object);
+    }
+  }
+  std::sort(objects.begin(), objects.end(),
+            [](const auto* a, const auto* b) { return a->objectID() < b->objectID(); });
+  return objects;
+}
+
+}  // namespace
+
+Result<std::unique_ptr<NSPersistentStore>> openSQLiteStore(const NSManagedObjectModel& model,
+                                                           const StoreEnvironment& environment,
+                                                           const std::string& path) {
+  auto database = SQLiteDatabase::openForReading(path);
+  if (!database) return database.error();
+  auto schema = SQLiteSchema::probe(*database, model, path);
+  if (!schema) return schema.error();
+  return std::unique_ptr<NSPersistentStore>(std::make_unique<SQLiteStore>(
+      model, environment.zone, std::move(*database), std::move(*schema), path));
+}
+
+}  // namespace annivo
