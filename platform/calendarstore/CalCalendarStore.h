@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
+#include <string_view>
 #include <vector>
 
 #include "platform/calendarstore/CalEvent.h"
@@ -43,7 +41,10 @@ class CalCalendar {
 enum class CalSpan { thisEvent };
 
 /// The calendars of one home, over ~/Library/Calendars. Calendar folders are found once, at the
-/// first request; events are read one at a time, when asked for.
+/// first request; events are read one at a time, when asked for, and none is kept.
+///
+/// An event file that is not one (a folder, a link, a FIFO), is over 1 MiB or cannot be parsed
+/// counts as not there: it is named in a log line and never changed or removed.
 class CalCalendarStore {
  public:
   CalCalendarStore(NSFileManager& files, const Clock& clock, Log& log, NSTimeZone zone,
@@ -51,9 +52,11 @@ class CalCalendarStore {
   ~CalCalendarStore();
 
   [[nodiscard]] const std::vector<std::shared_ptr<CalCalendar>>& calendars();
-  /// Null when there is none (for "" and UIDs that are no file name too).
+  /// Null when there is none (for "" and, with a log line, UIDs that are no file name too). Of two
+  /// with the same UID the last in the order of a walk through the folders.
   [[nodiscard]] std::shared_ptr<CalCalendar> calendarWithUID(const std::string& uid);
-  /// Adds a new calendar: its folder, Info.plist (written last) and Events.
+  /// Adds a new calendar with its Info.plist and Events. The folder is made whole under another
+  /// name and then renamed, so that a calendar is there complete or not at all.
   Result<void> saveCalendar(const std::shared_ptr<CalCalendar>& calendar);
 
   /// The event with that UID, in whichever calendar; null when there is none, and, with a log line
@@ -63,15 +66,27 @@ class CalCalendarStore {
   /// Writes a new event into its calendar, or the changed properties of one that is in the store
   /// into its file, all other lines of which stay byte for byte. The error names the file.
   Result<void> saveEvent(CalEvent& event, CalSpan span);
-  /// Removes the event's file; where the file holds other events too, only this one from it.
+  /// Removes the event's file; where the file holds other events too, only this one from it. Ok
+  /// when the event is gone already.
   Result<void> removeEvent(CalEvent& event, CalSpan span);
 
-  /// All events that overlap [start, end] in the given calendars.
+  /// All events that overlap [start, end] in the given calendars. A recurring event counts once, by
+  /// its first occurrence.
   [[nodiscard]] std::vector<std::shared_ptr<CalEvent>> events(
       Date start, Date end, const std::vector<std::shared_ptr<CalCalendar>>& calendars);
 
   /// Every event of ours: those whose file carries a ledger identity. Reads all event files.
   [[nodiscard]] std::vector<std::shared_ptr<CalEvent>> eventsWithLedgerIdentity();
+
+  /// The event of ours with that ledger identity, null when there is none. Built on an index that
+  /// reads all event files once.
+  [[nodiscard]] std::shared_ptr<CalEvent> eventWithLedgerIdentity(const LedgerIdentity& identity);
+
+  /// Takes away what a killed run or a power loss left half written in the Events folders:
+  /// temporary files, and event files begun by us that break off before their end. Lists all Events
+  /// folders and, with `Remains::damagedEvents`, reads all event files.
+  enum class Remains { temporaries, damagedEvents };
+  void removeRemains(Remains remains);
 
   /// Makes all that was written durable. Does nothing when nothing was.
   Result<void> synchronize();
@@ -79,11 +94,33 @@ class CalCalendarStore {
  private:
   struct Folders;
   struct Index;
+  Folders& folders();
+  void findCalendars(const std::string& folder, int depth);
+  void addCalendarAt(const std::string& path, const std::string& name, int depth);
+  Result<void> makeCalendar(const CalCalendar& calendar, const std::string& path);
+  [[nodiscard]] std::optional<std::string> contentsOfEventFile(const std::string& path) const;
+  [[nodiscard]] std::shared_ptr<CalEvent> eventInFile(const std::shared_ptr<CalCalendar>& calendar,
+                                                      const std::string& name,
+                                                      const std::string& uid) const;
+  void forEachFile(const std::shared_ptr<CalCalendar>& calendar,
+                   const std::function<void(const std::string& name)>& visit) const;
+  void forEachEvent(const std::shared_ptr<CalCalendar>& calendar,
+                    const std::function<void(const std::string& name,
+                                             const std::shared_ptr<CalEvent>&)>& visit) const;
+  void buildIndex();
+  void buildIdentityIndex();
+  Result<void> writeEventFile(const CalCalendar& calendar, const std::string& path,
+                              std::string_view text);
+  Result<void> saveChanges(CalEvent& event);
+  Result<void> removeFromFile(const std::string& path, const std::string& uid);
+
   NSFileManager& files_;
   const Clock& clock_;
   Log& log_;
   NSTimeZone zone_;
+  std::string home_;
   std::string root_;
+  bool wrote_ = false;
   std::unique_ptr<Folders> folders_;
   std::unique_ptr<Index> index_;
 };

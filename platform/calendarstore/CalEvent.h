@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -26,16 +28,18 @@ struct LedgerIdentity {
 /// that exists in a calendar.
 class CalEvent {
  public:
-  /// A new blank event with a fresh upper-case UUID, which it keeps when saved.
+  /// A new blank event with a fresh upper-case UUID (drawn when first asked for), which it keeps
+  /// when saved.
   static std::shared_ptr<CalEvent> event();
 
-  [[nodiscard]] const std::string& uid() const { return uid_; }
+  [[nodiscard]] const std::string& uid() const;
   [[nodiscard]] const std::optional<std::string>& title() const { return title_; }
   void setTitle(std::string title);
   [[nodiscard]] const std::shared_ptr<CalCalendar>& calendar() const { return calendar_; }
   void setCalendar(std::shared_ptr<CalCalendar> calendar);
   [[nodiscard]] std::optional<Date> startDate() const { return startDate_; }
   void setStartDate(Date date);
+  /// Of an all-day event read from a file: midnight at the start of its last day.
   [[nodiscard]] std::optional<Date> endDate() const { return endDate_; }
   void setEndDate(Date date);
   [[nodiscard]] bool isAllDay() const { return allDay_; }
@@ -65,7 +69,12 @@ class CalEvent {
     kIdentity = 64,
     kCalendar = 128,
   };
-  std::string uid_;
+  /// The alarms that no file holds yet.
+  [[nodiscard]] std::span<const CalAlarm> newAlarms() const {
+    return std::span(alarms_).subspan(keptAlarms_);
+  }
+
+  mutable std::string uid_;
   std::optional<std::string> title_;
   std::shared_ptr<CalCalendar> calendar_;
   std::optional<Date> startDate_;
@@ -73,6 +82,9 @@ class CalEvent {
   bool allDay_ = false;
   std::optional<std::string> url_;
   std::vector<CalAlarm> alarms_;
+  std::size_t keptAlarms_ = 0;           ///< how many of alarms_, the first ones, are the file's
+  std::vector<CalAlarm> removedAlarms_;  ///< alarms of the file that are to go
+  bool replacesAlarms_ = false;          ///< all alarms of the file are to go
   std::optional<LedgerIdentity> identity_;
   std::string path_;      ///< its file; "" for a new event
   unsigned changes_ = 0;  ///< what was set since it was read

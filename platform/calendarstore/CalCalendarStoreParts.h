@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/calendarstore/CalCalendarStore.h"
+
+namespace annivo {
+
+/// The calendars that were found, in the order of the walk.
+struct CalCalendarStore::Folders {
+  std::vector<std::shared_ptr<CalCalendar>> calendars;
+  std::size_t lastFound = 0;  ///< where an event was last found: the next is likely there too
+};
+
+/// Where events lie that are not found by their file's name. No contents are kept.
+struct CalCalendarStore::Index {
+  struct Place {
+    std::shared_ptr<CalCalendar> calendar;
+    std::string name;
+  };
+  bool builtUIDs = false;
+  std::unordered_map<std::string, Place> byUID;  ///< only of files not named after their event
+  bool builtIdentities = false;
+  std::unordered_multimap<std::size_t, Place> byIdentity;  ///< by the hash of identityText
+};
+
+inline std::string eventsFolder(const CalCalendar& calendar) { return calendar.path() + "/Events"; }
+
+}  // namespace annivo

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+#include "platform/calendarstore/ContentText.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "platform/foundation/Unicode.h"
+
+namespace annivo {
+namespace {
+
+constexpr std::size_t kLineOctets = 75;
+
+bool isASCII(std::string_view text) {
+  return std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
+}
+
+bool isAlphanumeric(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+int hexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return -1;
+}
+
+bool isTriplet(std::string_view text, std::size_t i) {
+  return i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 && hexDigit(text[i + 2]) >= 0;
+}
+
+void appendTriplet(std::string& out, char byte) {
+  constexpr const char* digits = "0123456789ABCDEF";
+  const auto value = static_cast<unsigned char>(byte);
+  out += '%';
+  out += digits[value >> 4];
+  out += digits[value & 15];
+}
+
+/// Length of the line break at `i` (CRLF, LF, CR, VT, FF, NEL, U+2028, U+2029), 0 if there is none.
+std::size_t lineBreakAt(std::string_view text, std::size_t i) {
+  const std::string_view rest = text.substr(i);
+  if (rest.starts_with("\r\n")) return 2;
+  if (rest[0] >= '\n' && rest[0] <= '\r') return 1;
+  if (rest.starts_with("\xC2\x85")) return 2;
+  if (rest.starts_with("\xE2\x80\xA8") || rest.starts_with("\xE2\x80\xA9")) return 3;
+  return 0;
+}
+
+/// Length of the control character (C0 without tab, DEL, C1) at `i`, 0 if there is none.
+std::size_t controlAt(std::string_view text, std::size_t i) {
+  const auto byte = static_cast<unsigned char>(text[i]);
+  if ((byte < 0x20 && byte != '\t') || byte == 0x7F) return 1;
+  if (byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0)
+    return 2;
+  return 0;
+}
+
+}  // namespace
+
+void appendContentLine(std::string& out, std::string_view head, std::string_view value,
+                       std::string_view lineEnd) {
+  if (head.size() + 1 + value.size() <= kLineOctets) {
+    out.append(head).append(1, ':').append(value).append(lineEnd);
+    return;
+  }
+  const std::string line = std::string(head).append(1, ':').append(value);
+  std::size_t start = 0;
+  for (std::size_t room = kLineOctets; line.size() - start > room; room = kLineOctets - 1) {
+    std::size_t end = start + room;
+    while (end > start + room - 3 && (line[end] & 0xC0) == 0x80) --end;
+    out.append(line, start, end - start).append(lineEnd).append(1, ' ');
+    start = end;
+  }
+  out.append(line, start).append(lineEnd);
+}
+
+std::string escapedText(std::string_view text) {
+  std::string repaired;
+  if (!isASCII(text)) {
+    repaired = repairedUTF8(text);
+    text = repaired;
+  }
+  std::string out;
+  out.reserve(text.size() + 8);
+  for (std::size_t i = 0; i < text.size();) {
+    if (const std::size_t length = lineBreakAt(text, i)) {
+      out += "\\n";
+      i += length;
+    } else if (const std::size_t control = controlAt(text, i)) {
+      i += control;
+    } else {
+      if (text[i] == '\\' || text[i] == ';' || text[i] == ',') out += '\\';
+      out += text[i++];
+    }
+  }
+  return out;
+}
+
+std::string unescapedText(std::string_view value) {
+  std::string out;
+  out.reserve(value.size());
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    if (value[i] != '\\' || i + 1 == value.size()) {
+      out += value[i];
+      continue;
+    }
+    ++i;
+    out += value[i] == 'n' || value[i] == 'N' ? '\n' : value[i];
+  }
+  return out;
+}
+
+std::string escapedURI(std::string_view uri) {
+  constexpr std::string_view allowed = "-._~:/?#[]@!$&'()*+,;=";
+  std::string out;
+  out.reserve(uri.size());
+  for (std::size_t i = 0; i < uri.size(); ++i) {
+    const char c = uri[i];
+    if (isAlphanumeric(c) || allowed.find(c) != allowed.npos || (c == '%' && isTriplet(uri, i))) {
+      out += c;
+    } else {
+      appendTriplet(out, c);
+    }
+  }
+  return out;
+}
+
+std::string percentEncoded(std::string_view bytes, std::string_view plain) {
+  std::string out;
+  out.reserve(bytes.size());
+  for (const char c : bytes) {
+    if (isAlphanumeric(c) || plain.find(c) != plain.npos) {
+      out += c;
+    } else {
+      appendTriplet(out, c);
+    }
+  }
+  return out;
+}
+
+std::string percentDecoded(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '%' && isTriplet(text, i)) {
+      out += static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2]));
+      i += 2;
+    } else {
+      out += text[i];
+    }
+  }
+  return out;
+}
+
+std::string exactParameter(std::string_view text) {
+  return std::string(";").append(kExactParameter) + "=" + percentEncoded(text, "-._~");
+}
+
+}  // namespace annivo

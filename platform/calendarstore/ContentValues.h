@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/calendarstore/CalEvent.h"
+#include "platform/calendarstore/ContentLine.h"
+#include "platform/foundation/Date.h"
+#include "platform/foundation/NSCalendarDate.h"
+
+namespace annivo {
+
+/// "-P1DT15H", "PT0S": the shortest duration of that many seconds.
+[[nodiscard]] std::string durationText(std::int64_t seconds);
+/// Seconds of a duration, nothing for another text. Values beyond 64 bits are held at 10^15.
+[[nodiscard]] std::optional<std::int64_t> durationFromText(std::string_view text);
+
+/// "20261120T184600Z"
+[[nodiscard]] std::string utcText(Date date);
+/// "20261120", moved by that many days; nothing where the day lies outside the years 1 to 9999.
+[[nodiscard]] std::optional<std::string> dayText(Date date, int days, const NSTimeZone& zone);
+
+struct DateValue {
+  Date date;    ///< of a day its midnight in the default zone
+  bool allDay;  ///< VALUE=DATE
+};
+/// The value of DTSTART or DTEND: a day, a moment in UTC, in a zone of the system's database, or in
+/// `defaultZone` (no TZID, or one that cannot name a zone). Nothing for another text.
+[[nodiscard]] std::optional<DateValue> dateValue(const ContentLine& line,
+                                                 const NSTimeZone& defaultZone);
+
+/// The property that holds an event's ledger identity.
+inline constexpr std::string_view kIdentityProperty = "X-ANNIVO-IDENTITY";
+/// A ledger identity as the value of that property: "<microseconds since 1970>/<calendarUID>/
+/// <myUID>", the UIDs percent-encoded, so that no server finds anything in it to reformat.
+[[nodiscard]] std::string identityText(const LedgerIdentity& identity);
+[[nodiscard]] std::optional<LedgerIdentity> identityFromText(std::string_view text);
+
+}  // namespace annivo
