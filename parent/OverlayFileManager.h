@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/foundation/Clock.h"
+#include "platform/foundation/NSFileManager.h"
+
+namespace annivo {
+
+/// Files that read through to others and keep every change in memory. What the others refuse to
+/// write (a folder or file without permission) is refused here too.
+class OverlayFileManager final : public NSFileManager {
+ public:
+  /// Both outlive this object.
+  OverlayFileManager(const NSFileManager& base, const Clock& clock) : base_(base), clock_(clock) {}
+
+  /// Puts a file's content over the base, whatever permissions say.
+  void putFile(const std::string& path, std::string bytes);
+  /// Puts a folder over the base.
+  void putDirectory(const std::string& path);
+  /// The files that were written, created or removed, sorted; one that is again what the base holds
+  /// is none.
+  [[nodiscard]] std::vector<std::string> changedFiles() const;
+
+  Result<FileAttributes> attributesAtPath(const std::string& path, Links links) const override;
+  Result<std::string> contentsAtPath(const std::string& path, std::size_t limit) const override;
+  Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) const override;
+  bool isWritable(const std::string& path) const override;
+  Result<void> writeAtomically(const std::string& path, std::string_view bytes) override;
+  Result<void> writeDurably(const std::string& path, std::string_view bytes) override;
+  Result<std::unique_ptr<AppendingFile>> openForAppending(const std::string& path) override;
+  Result<void> createDirectory(const std::string& path) override;
+  Result<void> removeFile(const std::string& path) override;
+  Result<void> rename(const std::string& from, const std::string& to) override;
+  Result<void> synchronize(const std::string&) override { return {}; }
+  Result<std::unique_ptr<FileLock>> lock(const std::string& path) override;
+
+ private:
+  struct Entry {
+    enum class Kind { file, directory, removed } kind = Kind::file;
+    std::string bytes;
+    Date modificationDate{};
+  };
+  class Appending;
+
+  [[nodiscard]] const Entry* find(const std::string& path) const;
+  Entry& entry(const std::string& path);
+  [[nodiscard]] Result<void> mayChange(const std::string& path) const;
+
+  const NSFileManager& base_;
+  const Clock& clock_;
+  /// By folder, then by name.
+  std::unordered_map<std::string, std::map<std::string, Entry>> folders_;
+};
+
+}  // namespace annivo
