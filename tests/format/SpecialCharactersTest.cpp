@@ -100,6 +100,14 @@ TEST(ReplacingText, DoesNotLookAgainAtWhatItPutIn) {
   EXPECT_EQ(text.text(), "xaabyaab");
 }
 
+TEST(ReplacingText, StopsBeforeItTakesAllMemory) {
+  const std::string value(std::size_t{1} << 20, 'x');
+  ReplacingText text(std::string(1'000'000, 'a'));
+  text.replace("a", value);
+  EXPECT_EQ(text.text().size(), ReplacingText::kEnough + 1'000'000 - 64);
+  EXPECT_TRUE(text.text().ends_with("x" + std::string(1'000'000 - 64, 'a')));
+}
+
 TEST(ReplacingText, ReplacementsFollowOneAnother) {
   ReplacingText text("one two");
   text.replace("one", "two");
