@@ -40,8 +40,14 @@ class PreferenceDomains {
     bool loaded = false;
   };
   enum class Damage { none, malformed, unreadable };
-  std::optional<PropertyList::Dictionary> load(const std::string& name, Damage& damage);
+  struct Stored {
+    std::optional<PropertyList::Dictionary> values;
+    Damage damage = Damage::none;
+    Error error;
+  };
+  [[nodiscard]] Stored read(const std::string& name) const;
   Result<void> write(const std::string& name, State& state);
+  Result<void> setAside(const std::string& file);
 
   NSFileManager& files_;
   const Clock& clock_;

@@ -22,6 +22,13 @@ class PropertyList {
     std::string bytes;
     friend bool operator==(const Data&, const Data&) = default;
   };
+  /// A value of a kind that has no type here (a UID, an integer beyond 64 bits, a date beyond the
+  /// year 9999): not nil, read by nobody, and kept as its object in the binary form so that a file
+  /// that is written anew loses nothing.
+  struct Foreign {
+    std::string object;
+    friend bool operator==(const Foreign&, const Foreign&) = default;
+  };
   using Array = std::vector<PropertyList>;
   using Dictionary = std::map<std::string, PropertyList, std::less<>>;
 
@@ -35,6 +42,7 @@ class PropertyList {
   PropertyList(std::string_view value) : value_(std::string(value)) {}
   PropertyList(Date value) : value_(value) {}
   PropertyList(Data value) : value_(std::move(value)) {}
+  PropertyList(Foreign value) : value_(std::move(value)) {}
   PropertyList(Array value) : value_(std::move(value)) {}
   PropertyList(Dictionary value) : value_(std::move(value)) {}
 
@@ -46,6 +54,7 @@ class PropertyList {
   [[nodiscard]] const std::string* string() const { return std::get_if<std::string>(&value_); }
   [[nodiscard]] const Date* date() const { return std::get_if<Date>(&value_); }
   [[nodiscard]] const Data* data() const { return std::get_if<Data>(&value_); }
+  [[nodiscard]] const Foreign* foreign() const { return std::get_if<Foreign>(&value_); }
   [[nodiscard]] const Array* array() const { return std::get_if<Array>(&value_); }
   [[nodiscard]] const Dictionary* dictionary() const { return std::get_if<Dictionary>(&value_); }
 
@@ -72,19 +81,20 @@ class PropertyList {
   friend bool operator==(const PropertyList&, const PropertyList&) = default;
 
  private:
-  std::variant<std::monostate, bool, std::int64_t, double, std::string, Date, Data, Array,
+  std::variant<std::monostate, bool, std::int64_t, double, std::string, Date, Data, Foreign, Array,
                Dictionary>
       value_;
 };
 
 /// Reads a binary or XML property list. Refuses, as malformed, what is over 16 MiB, nested deeper
-/// than 64 or of more than 1,000,000 nodes (counted before the library sees it), and what is
-/// neither form. `name` is the file named in the error.
+/// than 64, of more than 1,000,000 nodes or 64 MiB of text and data (a binary form can name one
+/// object many times), and what is neither form. Invalid UTF-8 is repaired. `name` is the file
+/// named in the error.
 [[nodiscard]] Result<PropertyList> parsePropertyList(std::string_view bytes,
                                                      const std::string& name);
 /// The binary form; dates keep their fraction. Nil values inside are left out.
 [[nodiscard]] std::string binaryPropertyList(const PropertyList& value);
-/// The XML form; dates are whole seconds.
+/// The XML form; dates are whole seconds, characters that XML forbids become U+FFFD.
 [[nodiscard]] std::string xmlPropertyList(const PropertyList& value);
 
 }  // namespace annivo

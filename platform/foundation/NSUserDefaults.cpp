@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include "platform/foundation/NSUserDefaults.h"
+
+namespace annivo {
+
+const PropertyList& NSUserDefaults::objectForKey(const std::string& key) const {
+  for (const std::string& domain : {ownDomain_, std::string(kGlobalDomain)}) {
+    if (const auto& values = domains_.domain(domain)) {
+      if (const auto found = values->find(key); found != values->end()) return found->second;
+    }
+  }
+  static const PropertyList kNil;
+  const auto found = registered_.find(key);
+  return found == registered_.end() ? kNil : found->second;
+}
+
+void NSUserDefaults::registerDefaults(PropertyList::Dictionary values) {
+  for (auto& [key, value] : values) registered_.insert_or_assign(key, std::move(value));
+}
+
+void NSUserDefaults::setObjectForKey(PropertyList value, const std::string& key) {
+  domains_.set(ownDomain_, key, std::move(value));
+}
+
+Result<void> NSUserDefaults::synchronize() { return domains_.synchronize(ownDomain_); }
+
+const std::optional<PropertyList::Dictionary>& NSUserDefaults::persistentDomainForName(
+    const std::string& name) const {
+  return domains_.domain(name);
+}
+
+NSUserDefaults::NSUserDefaults(PreferenceDomains& domains, std::string ownDomain)
+    : domains_(domains), ownDomain_(std::move(ownDomain)) {}
+
+}  // namespace annivo
