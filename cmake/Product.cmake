@@ -37,14 +37,15 @@ if(EXISTS ${CMAKE_SOURCE_DIR}/frameworks/Sparkle/CMakeLists.txt)
   add_dependencies(annivo_product annivo_sparkle_framework)
 endif()
 
-if(EXISTS ${CMAKE_SOURCE_DIR}/parent/CMakeLists.txt)
+if(EXISTS ${CMAKE_SOURCE_DIR}/parent/main.cpp)
   add_subdirectory(parent)
   set_target_properties(annivo-cli PROPERTIES OUTPUT_NAME annivo
     RUNTIME_OUTPUT_DIRECTORY "${ANNIVO_APP}/Contents/Linux")
   # The parent application is the same program under another name.
-  add_custom_command(TARGET annivo-cli POST_BUILD
+  add_custom_command(OUTPUT "${ANNIVO_APP}/Contents/Linux/Annivo 2" DEPENDS annivo-cli
     COMMAND ${CMAKE_COMMAND} -E create_symlink annivo "${ANNIVO_APP}/Contents/Linux/Annivo 2" VERBATIM)
-  add_dependencies(annivo_product annivo-cli)
+  add_custom_target(annivo_parent_link DEPENDS "${ANNIVO_APP}/Contents/Linux/Annivo 2")
+  add_dependencies(annivo_product annivo_parent_link)
 endif()
 
 include(GNUInstallDirs)
