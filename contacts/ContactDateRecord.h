@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +14,32 @@ namespace annivo {
 
 /// How records and groups write a value that the store does not hold.
 inline constexpr std::string_view kNull = "NULL";
+
+/// Group identifiers in their order. Never changed once made, so that the people of the same groups
+/// share one list.
+class GroupIdentifiers {
+ public:
+  GroupIdentifiers() = default;
+  GroupIdentifiers(std::initializer_list<std::string> list)
+      : GroupIdentifiers(std::vector<std::string>(list)) {}
+  explicit GroupIdentifiers(std::vector<std::string> list)
+      : list_(std::make_shared<const std::vector<std::string>>(std::move(list))) {}
+
+  [[nodiscard]] auto begin() const { return list().begin(); }
+  [[nodiscard]] auto end() const { return list().end(); }
+  [[nodiscard]] std::size_t size() const { return list().size(); }
+  [[nodiscard]] bool empty() const { return list().empty(); }
+  friend bool operator==(const GroupIdentifiers& left, const GroupIdentifiers& right) {
+    return left.list() == right.list();
+  }
+
+ private:
+  [[nodiscard]] const std::vector<std::string>& list() const {
+    static const std::vector<std::string> none;
+    return list_ == nullptr ? none : *list_;
+  }
+  std::shared_ptr<const std::vector<std::string>> list_;
+};
 
 /// One date of one person. A value that the store does not hold is the text "NULL" (an absent
 /// date: nothing).
@@ -28,7 +56,7 @@ struct ContactDateRecord {
   std::string personUID{kNull};       ///< "person UID"
   /// "groups": unique identifiers of every group that holds the person, each followed by its
   /// ancestors, duplicates kept.
-  std::vector<std::string> groups;
+  GroupIdentifiers groups;
 
   /// The text under one of the text keys above; nothing for "this date", "groups" and other keys.
   [[nodiscard]] std::optional<std::string_view> textForKey(std::string_view key) const;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,8 +12,12 @@
 
 namespace annivo {
 
+/// A choice from a list of records that is kept elsewhere.
+using ContactDates = std::vector<std::reference_wrapper<const ContactDateRecord>>;
+
 /// The person's contact dates, filtered by the chosen group and the excluded labels. Made once a
-/// run; each list is made at its first request and then kept.
+/// run; each list is made at its first request and then kept. The records are those of its
+/// ZPKQueryAddressBook and live as long as this object.
 class ZPKAddressBookDates {
  public:
   /// `shouldHelperRun:`: whether contacts or parent changed strictly after the last run.
@@ -27,24 +32,28 @@ class ZPKAddressBookDates {
 
   /// Opens every store and reads both filter preferences.
   explicit ZPKAddressBookDates(Platform& platform);
+  ZPKAddressBookDates(const ZPKAddressBookDates&) = delete;
+  ZPKAddressBookDates& operator=(const ZPKAddressBookDates&) = delete;
 
-  [[nodiscard]] const std::vector<ContactDateRecord>& addressBookBirthDates();
-  [[nodiscard]] const std::vector<ContactDateRecord>& addressBookCustomDates();
+  [[nodiscard]] const ContactDates& addressBookBirthDates();
+  [[nodiscard]] const ContactDates& addressBookCustomDates();
   /// The chosen group's unique identifier; "" for all contacts.
   [[nodiscard]] const std::string& filterGroupID();
   /// The date types to leave out.
   [[nodiscard]] const std::vector<std::string>& filterLabels();
-  [[nodiscard]] std::vector<ContactDateRecord> filterArrayByGroup() const;
+  /// The records of the list asked for last that are in the chosen group.
+  [[nodiscard]] ContactDates filterArrayByGroup();
   /// `filterArrayByLabels:`
-  [[nodiscard]] std::vector<ContactDateRecord> filterArrayByLabels(
-      std::vector<ContactDateRecord> records) const;
+  [[nodiscard]] ContactDates filterArrayByLabels(ContactDates records);
 
  private:
+  [[nodiscard]] ContactDates filtered(const std::vector<ContactDateRecord>& all);
+
   Platform& platform_;
-  std::optional<std::vector<ContactDateRecord>> birthDates;
-  std::optional<std::vector<ContactDateRecord>> customDates;
+  std::optional<ContactDates> birthDates;
+  std::optional<ContactDates> customDates;
   std::optional<std::string> filterGroupID_;
-  std::vector<ContactDateRecord> provisionalGroupMembers;
+  ContactDates provisionalGroupMembers;
   std::optional<std::vector<std::string>> filterLabels_;
   ZPKQueryAddressBook myMultiAddressBook;
 };

@@ -16,11 +16,13 @@ class ZPKQueryAddressBook {
   /// Finds and opens every store.
   explicit ZPKQueryAddressBook(Platform& platform);
 
+  /// Found once: a store that is added later is not seen.
   [[nodiscard]] const std::vector<std::unique_ptr<ZPKQueryAddressBookSection>>& addressBookStores();
-  /// `arrayForEntity:`
+  /// `arrayForEntity:`. What each store yields, one after the other.
   [[nodiscard]] ZPKQueryAddressBookSection::Items arrayForEntity(const std::string& name);
   /// The four lists are made at their first request and then kept.
   [[nodiscard]] const std::vector<ContactDateRecord>& birthdayDates();
+  /// Every labelled date, not anniversaries alone.
   [[nodiscard]] const std::vector<ContactDateRecord>& anniversaryDates();
   [[nodiscard]] const std::vector<GroupRecord>& addressBookGroups();
   /// The distinct labels of all stores.
@@ -28,11 +30,11 @@ class ZPKQueryAddressBook {
 
  private:
   Platform& platform_;
-  std::vector<std::unique_ptr<ZPKQueryAddressBookSection>> addressBookStores_;
   std::optional<std::vector<ContactDateRecord>> birthdayDates_;
   std::optional<std::vector<ContactDateRecord>> anniversaryDates_;
   std::optional<std::vector<GroupRecord>> addressBookGroups_;
   std::optional<std::vector<std::string>> addressbookCustomDateLabels_;
+  std::optional<std::vector<std::unique_ptr<ZPKQueryAddressBookSection>>> addressBookStores_;
 };
 
 }  // namespace annivo

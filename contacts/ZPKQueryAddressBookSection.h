@@ -2,44 +2,65 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "contacts/ContactDateRecord.h"
+#include "contacts/GroupAncestry.h"
 #include "platform/Platform.h"
 
 namespace annivo {
 
-/// A group in the short form, "name" and "uniqueId", each "NULL" when absent.
-struct GroupRecord {
-  std::string name{kNull};
-  std::string uniqueId{kNull};
-  friend bool operator==(const GroupRecord&, const GroupRecord&) = default;
-};
-
-/// One address book store: reads its dates, groups and labels. Opened when made, never changed.
+/// One address book store: reads its dates, groups and labels, and never changes it.
+///
+/// 1. Made with a path, it opens the store to read its groups.
+/// 2. Each query reads what it needs; what could not be opened is tried again by the next query.
+/// 3. Model, coordinator, context and groups, once there, live as long as the section.
 class ZPKQueryAddressBookSection {
  public:
-  /// `initWithPath:`. Opens the store and reads its groups. Throws
-  /// NSInternalInconsistencyException when there is no model for this system; an error of the
-  /// store itself is presented and leaves the section empty.
+  /// `initWithPath:`. Throws NSInternalInconsistencyException when there is no model for this
+  /// system, as every query does; an error of the store itself is presented and leaves the section
+  /// empty.
   ZPKQueryAddressBookSection(Platform& platform, std::string path);
-  ~ZPKQueryAddressBookSection();
 
-  /// What `arrayForEntity:` yields for the names that yield it; empty for any other name.
+  /// What `arrayForEntity:` yields for the names that yield it.
   struct Items {
     std::vector<ContactDateRecord> dates;  ///< "ABCDContact", "ABCDContactDate"
     std::vector<GroupRecord> groups;       ///< "ABCDGroup"
     std::vector<std::string> labels;       ///< "ABCDContactDate_label", distinct, raw
   };
-  /// `arrayForEntity:`
+  /// `arrayForEntity:`. In the order of the store; empty for any other name.
   [[nodiscard]] Items arrayForEntity(const std::string& name);
-  [[nodiscard]] const std::string& dbPath() const;
+  /// `fetchedItemsForEntity:`. All objects of the entity, of "ABCDContact" those with a birthday;
+  /// an error is logged and yields none.
+  [[nodiscard]] std::vector<NSManagedObject*> fetchedItemsForEntity(const std::string& name);
+  /// All groups of this store in its order.
+  [[nodiscard]] const std::vector<GroupWithParents>& abGroups();
+  /// `parentsForGroups:withResultContainer:`. Appends to the container: see GroupAncestry.
+  void parentsForGroupsWithResultContainer(std::span<const NSManagedObject* const> groups,
+                                           std::vector<std::string>& container);
+  /// `filterIfCompany:`. An organization that is there becomes the last name.
+  [[nodiscard]] static ContactDateRecord filterIfCompany(ContactDateRecord record);
+  [[nodiscard]] const std::string& dbPath() const { return dbPath_; }
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  [[nodiscard]] const NSManagedObjectModel* managedObjectModel();
+  [[nodiscard]] NSPersistentStoreCoordinator* persistentStoreCoordinator();
+  [[nodiscard]] NSManagedObjectContext* managedObjectContext();
+  [[nodiscard]] std::optional<std::vector<NSManagedObject*>> fetch(const std::string& name);
+  [[nodiscard]] std::vector<std::string> distinctLabels();
+  [[nodiscard]] ContactDateRecord recordOf(const NSManagedObject* person);
+  void logNotes();
+
+  Platform& platform_;
+  std::string dbPath_;
+  std::unique_ptr<NSManagedObjectModel> managedObjectModel_;
+  std::unique_ptr<NSPersistentStoreCoordinator> persistentStoreCoordinator_;
+  std::unique_ptr<NSManagedObjectContext> managedObjectContext_;
+  std::vector<GroupWithParents> abGroups_;
+  std::optional<GroupAncestry> ancestry_;  ///< there when abGroups_ is
+  std::size_t notesLogged_ = 0;
 };
 
 }  // namespace annivo
