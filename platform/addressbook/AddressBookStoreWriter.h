@@ -24,27 +24,28 @@ struct StoredDay {
 };
 
 struct StoredDate {
-  std::string uniqueId;              ///< "" for a fresh one
-  std::optional<std::string> label;  ///< "_$!<Anniversary>!$_", free text, or none
-  std::optional<StoredDay> day;
+  std::string uniqueId = {};              ///< "" for a fresh one
+  std::optional<std::string> label = {};  ///< "_$!<Anniversary>!$_", free text, or none
+  std::optional<StoredDay> day = {};
 };
 
 struct StoredPerson {
-  std::string uniqueId;  ///< "…:ABPerson"; "" for a fresh one
-  std::optional<std::string> firstName, middleName, lastName, nickname, organization;
+  std::string uniqueId = {};  ///< "…:ABPerson"; "" for a fresh one
+  std::optional<std::string> firstName = {}, middleName = {}, lastName = {}, nickname = {},
+                             organization = {};
   std::optional<std::int64_t> displayFlags = 0;
-  std::optional<StoredDay> birthday;
-  std::vector<StoredDate> dates;
-  std::vector<std::string> emails;  ///< the first is primary
+  std::optional<StoredDay> birthday = {};
+  std::vector<StoredDate> dates = {};
+  std::vector<std::string> emails = {};  ///< the first is primary
   bool isMe = false;
   bool isSubscribed = false;  ///< written as ABCDSubscribedContact
 };
 
 struct StoredGroup {
-  std::string uniqueId;  ///< "…:ABGroup"; "" for a fresh one
-  std::string name;
-  std::vector<std::size_t> people;     ///< indices into the people written with it
-  std::vector<std::size_t> subgroups;  ///< indices into the groups written with it
+  std::string uniqueId = {};  ///< "…:ABGroup"; "" for a fresh one
+  std::string name = {};
+  std::vector<std::size_t> people = {};     ///< indices into the people written with it
+  std::vector<std::size_t> subgroups = {};  ///< indices into the groups written with it
   /// A smart group has no members of its own: its two lists are not written.
   enum class Kind { plain, subscribed, smart } kind = Kind::plain;
 };

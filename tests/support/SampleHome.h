@@ -35,7 +35,7 @@ struct SampleHomeOptions {
   bool xmlPreferences = false;
   /// When the home was last touched; folders get this modification time.
   Date now = SystemClock().now();
-  NSTimeZone zone;  ///< of the alarms' time of day
+  NSTimeZone zone = {};  ///< of the alarms' time of day
 };
 
 /// The hand-written stores: main store, then the sources in folder order. Names in several scripts,

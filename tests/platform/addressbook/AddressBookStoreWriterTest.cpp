@@ -27,9 +27,11 @@ StoredPerson born(StoredDay day) {
   return person;
 }
 
-std::string fileBytes(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+/// Names of what lies in the folder of a store.
+Lines filesBeside(const StoreFile& store) {
+  Lines names;
+  for (const auto& [name, content] : store.folder().snapshot()) names.push_back(name);
+  return names;
 }
 
 class EveryGeneration : public testing::TestWithParam<GenerationFacts> {
@@ -242,7 +244,7 @@ TEST_P(EveryGeneration, IsASoundDatabaseThatSaysWhatItIs) {
 
 TEST_P(EveryGeneration, LeavesOnlyTheStore) {
   write({named("Ann")});
-  EXPECT_EQ(store.files(), Lines{"AddressBook-v22.abcddb"});
+  EXPECT_EQ(filesBeside(store), Lines{"AddressBook-v22.abcddb"});
   struct stat status {};
   ASSERT_EQ(::stat(store.path().c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777, 0600U);
@@ -328,33 +330,33 @@ TEST_F(RefusedStore, RefusesADateThatIsNoDay) {
   StoredPerson person;
   person.dates = {{.uniqueId = "", .label = {}, .day = StoredDay{2023, 2, 29}}};
   EXPECT_FALSE(write({person}));
-  EXPECT_EQ(store.files(), Lines{});
+  EXPECT_EQ(filesBeside(store), Lines{});
 }
 
 TEST_F(RefusedStore, RefusesAMemberThatIsNotThere) {
   EXPECT_FALSE(write({named("Ann")}, {{"", "Friends", {1}, {}}}));
   EXPECT_FALSE(write({named("Ann")}, {{"", "Friends", {}, {1}}}));
-  EXPECT_EQ(store.files(), Lines{});
+  EXPECT_EQ(filesBeside(store), Lines{});
 }
 
 TEST_F(RefusedStore, NeverReplacesAFile) {
-  std::ofstream(store.path()) << "somebody's";
+  store.folder().writeFile("AddressBook-v22.abcddb", "somebody's");
   EXPECT_FALSE(write({named("Ann")}));
-  EXPECT_EQ(fileBytes(store.path()), "somebody's");
-  EXPECT_EQ(store.files(), Lines{"AddressBook-v22.abcddb"});
+  EXPECT_EQ(store.folder().readFile("AddressBook-v22.abcddb"), "somebody's");
+  EXPECT_EQ(filesBeside(store), Lines{"AddressBook-v22.abcddb"});
 }
 
 TEST_F(RefusedStore, FailsInAFolderThatIsNotThere) {
   const auto written = AddressBookStoreWriter::write(
-      store.folder() + "/none/x.abcddb", StoreGeneration::current, {}, {}, kReferenceDate);
+      store.folder().path("none/x.abcddb"), StoreGeneration::current, {}, {}, kReferenceDate);
   ASSERT_FALSE(written);
   EXPECT_EQ(written.error().kind, Error::Kind::absent);
 }
 
 TEST_F(RefusedStore, IgnoresWhatAKilledWriterLeft) {
-  std::ofstream(store.folder() + "/.AddressBook-v22.abcddb.tmp") << "half a store";
+  store.folder().writeFile(".AddressBook-v22.abcddb.tmp", "half a store");
   EXPECT_TRUE(write({named("Ann")}));
-  EXPECT_EQ(store.files(), Lines{"AddressBook-v22.abcddb"});
+  EXPECT_EQ(filesBeside(store), Lines{"AddressBook-v22.abcddb"});
   EXPECT_EQ(store.value("SELECT ZFIRSTNAME FROM ZABCDRECORD WHERE ZFIRSTNAME NOT NULL"), "Ann");
 }
 
@@ -383,7 +385,7 @@ TEST_F(RefusedStore, LeavesNoFileWhereTheDiskIsTooSmall) {
   for (const rlim_t bytes : {rlim_t{0}, rlim_t{5000}, rlim_t{100000}}) {
     const SmallDisk disk(bytes);
     EXPECT_FALSE(write(people)) << bytes;
-    EXPECT_EQ(store.files(), Lines{}) << bytes;
+    EXPECT_EQ(filesBeside(store), Lines{}) << bytes;
   }
   EXPECT_TRUE(write(people));
 }

@@ -2,16 +2,14 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <array>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "platform/addressbook/AddressBookStoreWriter.h"
 #include "platform/coredata/SQLiteDatabase.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace annivo {
 
@@ -30,20 +28,10 @@ inline constexpr std::array kGenerations{
 
 inline void PrintTo(const GenerationFacts& facts, std::ostream* out) { *out << facts.name; }
 
-/// A contacts store in a scratch folder, looked into with SQL.
+/// A contacts store in a temporary folder, looked into with SQL.
 class StoreFile {
  public:
-  StoreFile() {
-    std::string pattern = testing::TempDir() + "/annivo-store-XXXXXX";
-    if (::mkdtemp(pattern.data()) == nullptr) ADD_FAILURE() << "no scratch folder";
-    folder_ = pattern;
-    path_ = folder_ + "/AddressBook-v22.abcddb";
-  }
-  StoreFile(const StoreFile&) = delete;
-  StoreFile& operator=(const StoreFile&) = delete;
-  ~StoreFile() { std::filesystem::remove_all(folder_); }
-
-  [[nodiscard]] const std::string& folder() const { return folder_; }
+  [[nodiscard]] const TemporaryFolder& folder() const { return folder_; }
   [[nodiscard]] const std::string& path() const { return path_; }
 
   void write(StoreGeneration generation, const std::vector<StoredPerson>& people,
@@ -82,29 +70,9 @@ class StoreFile {
     return values.empty() ? "" : values.front();
   }
 
-  /// Names of all that lies in the scratch folder.
-  [[nodiscard]] std::vector<std::string> files() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
-      names.push_back(entry.path().filename());
-    }
-    return names;
-  }
-
  private:
-  std::string folder_;
-  std::string path_;
+  TemporaryFolder folder_;
+  std::string path_ = folder_.path("AddressBook-v22.abcddb");
 };
-
-/// Changes a store in a way that our own programs never do.
-inline void changeStore(const std::string& path, const std::string& sql) {
-  sqlite3* database = nullptr;
-  ASSERT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
-  char* message = nullptr;
-  const int code = sqlite3_exec(database, sql.c_str(), nullptr, nullptr, &message);
-  EXPECT_EQ(code, SQLITE_OK) << (message == nullptr ? "" : message);
-  sqlite3_free(message);
-  sqlite3_close(database);
-}
 
 }  // namespace annivo
