@@ -2,13 +2,11 @@
 #include "tests/e2e/AgentHome.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -24,21 +22,14 @@ constexpr const char* kParentFile = "Library/Preferences/org.annivo.Annivo2.plis
 constexpr const char* kOwnFile = "Library/Preferences/org.annivo.Annivo2.Agent.plist";
 constexpr const char* kAddressBook = "Library/Application Support/AddressBook";
 
-std::string contents(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream out;
-  out << in.rdbuf();
-  return out.str();
-}
-
 void require(bool condition, const std::string& what) {
   if (!condition) throw std::runtime_error(what);
 }
 
-PropertyList::Dictionary dictionaryAt(const fs::path& path) {
-  if (!fs::exists(path)) return {};
-  const auto list = parsePropertyList(contents(path), path.string());
-  require(list.ok() && list->dictionary() != nullptr, "no preferences in " + path.string());
+PropertyList::Dictionary dictionaryAt(const TemporaryFolder& folder, const char* name) {
+  if (!folder.exists(name)) return {};
+  const auto list = parsePropertyList(folder.readFile(name), name);
+  require(list.ok() && list->dictionary() != nullptr, std::string("no preferences in ") + name);
   return *list->dictionary();
 }
 
@@ -64,38 +55,27 @@ bool AgentRun::mentions(const std::string& text) const {
   return errors.find(text) != std::string::npos;
 }
 
-AgentHome::AgentHome() {
-  std::string name = (fs::temp_directory_path() / "annivo-home-XXXXXX").string();
-  require(mkdtemp(name.data()) != nullptr, "no temporary home");
-  path_ = name;
-}
-
-AgentHome::~AgentHome() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
-}
-
 void AgentHome::setParent(const PropertyList::Dictionary& values) const {
-  write(kParentFile, binaryPropertyList(values));
+  folder.writeFile(kParentFile, binaryPropertyList(values));
 }
 
 void AgentHome::setOwn(const PropertyList::Dictionary& values) const {
-  write(kOwnFile, binaryPropertyList(values));
+  folder.writeFile(kOwnFile, binaryPropertyList(values));
 }
 
-PropertyList::Dictionary AgentHome::parent() const { return dictionaryAt(path(kParentFile)); }
-PropertyList::Dictionary AgentHome::own() const { return dictionaryAt(path(kOwnFile)); }
+PropertyList::Dictionary AgentHome::parent() const { return dictionaryAt(folder, kParentFile); }
+PropertyList::Dictionary AgentHome::own() const { return dictionaryAt(folder, kOwnFile); }
 
 void AgentHome::setContacts(const std::vector<StoredPerson>& people,
                             const std::vector<StoredGroup>& groups) const {
-  const fs::path folder = path(kAddressBook);
-  fs::create_directories(folder / "Metadata");
-  fs::remove(folder / "AddressBook-v22.abcddb");
+  const std::string store = std::string(kAddressBook) + "/AddressBook-v22.abcddb";
+  folder.makeFolder(std::string(kAddressBook) + "/Metadata");
+  if (folder.exists(store)) folder.remove(store);
   const Date now = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
-  const auto written = AddressBookStoreWriter::write((folder / "AddressBook-v22.abcddb").string(),
-                                                     StoreGeneration::current, people, groups, now);
+  const auto written = AddressBookStoreWriter::write(folder.path(store), StoreGeneration::current,
+                                                     people, groups, now);
   require(written.ok(), "the contacts store was not written");
-  fs::last_write_time(folder / "Metadata", fs::file_time_type::clock::now());
+  folder.touch(std::string(kAddressBook) + "/Metadata", now);
 }
 
 std::string AgentHome::addCalendar(const std::string& uid, const std::string& title,
@@ -104,20 +84,20 @@ std::string AgentHome::addCalendar(const std::string& uid, const std::string& ti
                                 {"Order", 1},       {"Checked", 1},   {"Color", "#492BA1FF"},
                                 {"Editable", true}, {"Enabled", true}};
   for (const auto& [key, value] : more) info[key] = value;
-  const std::string folder = "Library/Calendars/" + uid + ".calendar/";
-  write(folder + "Info.plist", xmlPropertyList(info));
-  fs::create_directories(path(folder + "Events"));
+  const std::string calendar = "Library/Calendars/" + uid + ".calendar/";
+  folder.writeFile(calendar + "Info.plist", xmlPropertyList(info));
+  folder.makeFolder(calendar + "Events");
   return uid;
 }
 
 std::string AgentHome::eventsFolder(const std::string& calendarUID) const {
-  return path("Library/Calendars/" + calendarUID + ".calendar/Events");
+  return folder.path("Library/Calendars/" + calendarUID + ".calendar/Events");
 }
 
 std::vector<std::string> AgentHome::titles(const std::string& calendarUID) const {
   std::vector<std::string> titles;
   for (const auto& entry : fs::directory_iterator(eventsFolder(calendarUID))) {
-    std::istringstream in(contents(entry.path()));
+    std::ifstream in(entry.path());
     for (std::string line; std::getline(in, line);) {
       if (line.rfind("SUMMARY:", 0) != 0) continue;
       titles.push_back(line.substr(8, line.find('\r') - 8));
@@ -130,8 +110,8 @@ std::vector<std::string> AgentHome::titles(const std::string& calendarUID) const
 
 std::vector<std::string> AgentHome::calendars() const {
   std::vector<std::string> uids;
-  if (!fs::exists(path("Library/Calendars"))) return uids;
-  for (const auto& entry : fs::directory_iterator(path("Library/Calendars"))) {
+  if (!folder.exists("Library/Calendars")) return uids;
+  for (const auto& entry : fs::directory_iterator(folder.path("Library/Calendars"))) {
     if (entry.path().extension() == ".calendar") uids.push_back(entry.path().stem().string());
   }
   std::sort(uids.begin(), uids.end());
@@ -139,7 +119,8 @@ std::vector<std::string> AgentHome::calendars() const {
 }
 
 std::string AgentHome::ledger() const {
-  return read("Library/Application Support/Annivo 2/Annivo 2.xml");
+  constexpr const char* kLedger = "Library/Application Support/Annivo 2/Annivo 2.xml";
+  return folder.exists(kLedger) ? folder.readFile(kLedger) : "";
 }
 
 std::size_t AgentHome::ledgerRecords() const {
@@ -152,33 +133,11 @@ std::size_t AgentHome::ledgerRecords() const {
   return count;
 }
 
-void AgentHome::write(const std::string& relative, const std::string& bytes) const {
-  const fs::path target = path(relative);
-  fs::create_directories(target.parent_path());
-  std::ofstream out(target, std::ios::binary);
-  out << bytes;
-  require(out.good(), "cannot write " + target.string());
-}
-
-std::string AgentHome::read(const std::string& relative) const { return contents(path(relative)); }
-
-void AgentHome::touch(const std::string& relative, long seconds) const {
-  const timespec times[2] = {{seconds, 0}, {seconds, 0}};
-  require(utimensat(AT_FDCWD, path(relative).c_str(), times, 0) == 0, "cannot touch " + relative);
-}
-
-std::map<std::string, std::string> AgentHome::snapshot() const {
-  std::map<std::string, std::string> tree;
-  for (const auto& entry : fs::recursive_directory_iterator(path_)) {
-    const std::string name = entry.path().lexically_relative(path_).string();
-    if (name.rfind("Library/Caches", 0) == 0) continue;
-    struct stat status {};
-    lstat(entry.path().c_str(), &status);
-    tree[name] = std::to_string(status.st_mtim.tv_sec) + "." +
-                 std::to_string(status.st_mtim.tv_nsec) + " " +
-                 (entry.is_regular_file() ? contents(entry.path()) : "");
-  }
-  return tree;
+std::map<std::string, std::string> AgentHome::fingerprint() const {
+  auto entries = folder.fingerprint();
+  std::erase_if(entries,
+                [](const auto& entry) { return entry.first.starts_with("Library/Caches"); });
+  return entries;
 }
 
 std::string AgentHome::agentExecutable() {
@@ -189,7 +148,7 @@ std::string AgentHome::agentExecutable() {
 AgentRun AgentHome::run(const std::map<std::string, std::string>& environment,
                         const std::string& executable) const {
   std::map<std::string, std::string> variables{
-      {"HOME", path_}, {"TZ", "UTC"}, {"LANG", "en_US.UTF-8"}};
+      {"HOME", folder.path()}, {"TZ", "UTC"}, {"LANG", "en_US.UTF-8"}};
   for (const auto& [name, value] : environment) variables[name] = value;
   std::vector<std::string> settings;
   for (const auto& [name, value] : variables) settings.push_back(name + "=" + value);

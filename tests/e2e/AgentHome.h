@@ -7,6 +7,7 @@
 
 #include "platform/addressbook/AddressBookStoreWriter.h"
 #include "platform/foundation/PropertyList.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace annivo {
 
@@ -24,15 +25,8 @@ struct AgentRun {
 /// A temporary home on which the real agent runs, with what a test needs to say and to look at.
 class AgentHome {
  public:
-  AgentHome();
-  ~AgentHome();
-  AgentHome(const AgentHome&) = delete;
-  AgentHome& operator=(const AgentHome&) = delete;
-
-  [[nodiscard]] const std::string& path() const { return path_; }
-  [[nodiscard]] std::string path(const std::string& relative) const {
-    return path_ + "/" + relative;
-  }
+  /// The home's files.
+  TemporaryFolder folder;
 
   // Preferences.
   void setParent(const PropertyList::Dictionary& values) const;
@@ -56,21 +50,13 @@ class AgentHome {
   /// How many events the ledger file holds.
   [[nodiscard]] std::size_t ledgerRecords() const;
 
-  // Files.
-  void write(const std::string& relative, const std::string& bytes) const;
-  [[nodiscard]] std::string read(const std::string& relative) const;
-  /// Sets a modification time, in seconds of the Unix epoch.
-  void touch(const std::string& relative, long seconds) const;
-  /// Every file and folder below the home with content and modification time, but for the lock.
-  [[nodiscard]] std::map<std::string, std::string> snapshot() const;
+  /// Inode, size and time of change of everything in the home but the lock of the run.
+  [[nodiscard]] std::map<std::string, std::string> fingerprint() const;
 
   /// Runs the agent; `environment` adds to HOME, TZ=UTC and LANG=en_US.UTF-8.
   [[nodiscard]] AgentRun run(const std::map<std::string, std::string>& environment = {},
                              const std::string& executable = agentExecutable()) const;
   [[nodiscard]] static std::string agentExecutable();
-
- private:
-  std::string path_;
 };
 
 /// A person with a birthday.

@@ -33,7 +33,7 @@ class BadPreferences : public testing::Test {
 };
 
 TEST_F(BadPreferences, AMissingHomeIsNamedAndNothingIsMade) {
-  const std::string missing = home.path("not/here");
+  const std::string missing = home.folder.path("not/here");
   const AgentRun run = home.run({{"HOME", missing}});
   EXPECT_EQ(run.status, 1);
   EXPECT_TRUE(run.mentions(missing)) << run.errors;
@@ -47,31 +47,31 @@ TEST_F(BadPreferences, AnEmptyHomeVariableIsAnError) {
 }
 
 TEST_F(BadPreferences, ParentPreferencesThatAreNoPropertyListYieldTheDefaultsAndStay) {
-  home.write(kParentFile, "this is no property list");
+  home.folder.writeFile(kParentFile, "this is no property list");
   const AgentRun run = home.run();
   EXPECT_EQ(run.status, 0);
   EXPECT_TRUE(run.mentions(kParentFile)) << run.errors;
-  EXPECT_EQ(home.read(kParentFile), "this is no property list");
+  EXPECT_EQ(home.folder.readFile(kParentFile), "this is no property list");
   EXPECT_EQ(home.titles(kUID), Texts{});
 }
 
 TEST_F(BadPreferences, ADamagedParentFileIsSetAsideBeforeItIsReplaced) {
-  home.write(kParentFile, "this is no property list");
+  home.folder.writeFile(kParentFile, "this is no property list");
   home.setOwn({{"alarmSet", "1"}});
   EXPECT_EQ(home.run().status, 0);
   EXPECT_EQ(home.parent()["appRunning"], PropertyList(false));
   std::size_t kept = 0;
-  for (const auto& entry : fs::directory_iterator(home.path("Library/Preferences"))) {
+  for (const auto& entry : fs::directory_iterator(home.folder.path("Library/Preferences"))) {
     const std::string name = entry.path().filename().string();
     if (name.find("Annivo2.plist.damaged-") == std::string::npos) continue;
     ++kept;
-    EXPECT_EQ(home.read("Library/Preferences/" + name), "this is no property list");
+    EXPECT_EQ(home.folder.readFile("Library/Preferences/" + name), "this is no property list");
   }
   EXPECT_EQ(kept, 1U);
 }
 
 TEST_F(BadPreferences, OwnPreferencesThatAreNoPropertyListAreSetAsideAndTheRunGoesOn) {
-  home.write(kOwnFile, "{ old = style; }");
+  home.folder.writeFile(kOwnFile, "{ old = style; }");
   const AgentRun run = home.run();
   EXPECT_EQ(run.status, 0);
   EXPECT_TRUE(run.mentions(kOwnFile)) << run.errors;
@@ -81,12 +81,12 @@ TEST_F(BadPreferences, OwnPreferencesThatAreNoPropertyListAreSetAsideAndTheRunGo
 
 TEST_F(BadPreferences, APreferencesFolderThatCannotBeWrittenIsNamedAndTheEventsStillCome) {
   // A folder in the file's place refuses the write even to the superuser.
-  fs::create_directories(home.path(std::string(kOwnFile) + "/x"));
+  fs::create_directories(home.folder.path(std::string(kOwnFile) + "/x"));
   const AgentRun run = home.run();
   EXPECT_EQ(run.status, 0);
   EXPECT_TRUE(run.mentions(kOwnFile)) << run.errors;
   EXPECT_EQ(home.titles(kUID), (Texts{"Ann", "Ann", "Ann"}));
-  EXPECT_TRUE(fs::is_directory(home.path(std::string(kOwnFile) + "/x")));
+  EXPECT_TRUE(fs::is_directory(home.folder.path(std::string(kOwnFile) + "/x")));
 }
 
 struct WrongType {

@@ -58,7 +58,7 @@ TEST_F(Agent, WritesThreeEventsForEachDateAndThenHasNothingToUpdate) {
   EXPECT_EQ(home.titles(kAnniversaries), threeAnniversaries);
   EXPECT_EQ(home.ledgerRecords(), 6U);
 
-  const auto before = home.snapshot();
+  const auto before = home.fingerprint();
   const AgentRun second = home.run();
   EXPECT_EQ(second.status, 0);
   Texts lines = second.log;
@@ -66,7 +66,7 @@ TEST_F(Agent, WritesThreeEventsForEachDateAndThenHasNothingToUpdate) {
                 [](const auto& line) { return line.starts_with("Calendar folder updated:"); });
   EXPECT_EQ(lines, (Texts{"Annivo starting", "Annivo ending - nothing to update"}));
   EXPECT_EQ(second.log.size(), 4U);
-  EXPECT_EQ(home.snapshot(), before);
+  EXPECT_EQ(home.fingerprint(), before);
 }
 
 TEST_F(Agent, LogsThePassInItsOrder) {
@@ -87,14 +87,16 @@ TEST_F(Agent, LogsThePassInItsOrder) {
 }
 
 TEST_F(Agent, AsksOnAFirstRunWhetherAnythingChangedSince1970) {
-  home.touch(kMetadata, 0);
-  home.touch("Library/Calendars/" + std::string(kBirthdays) + ".calendar/Events", 0);
-  home.touch("Library/Calendars/" + std::string(kAnniversaries) + ".calendar/Events", 0);
+  home.folder.touch(kMetadata, Date{std::chrono::seconds{0}});
+  home.folder.touch("Library/Calendars/" + std::string(kBirthdays) + ".calendar/Events",
+                    kUnixEpoch);
+  home.folder.touch("Library/Calendars/" + std::string(kAnniversaries) + ".calendar/Events",
+                    kUnixEpoch);
   const AgentRun atTheEpoch = home.run();
   EXPECT_TRUE(atTheEpoch.logged("Annivo ending - nothing to update")) << atTheEpoch.errors;
   EXPECT_FALSE(home.own().contains("lastUpdate"));
 
-  home.touch(kMetadata, 1);
+  home.folder.touch(kMetadata, Date{std::chrono::seconds{1}});
   const AgentRun oneSecondLater = home.run();
   EXPECT_TRUE(oneSecondLater.logged("Annivo ending")) << oneSecondLater.errors;
   EXPECT_TRUE(home.own()["lastUpdate"].date());
@@ -113,7 +115,7 @@ TEST_F(Agent, WithBothCalendarsUnsetWritesNothingButRemovesAndStoresTheTime) {
   (void)home.run();
   const auto before = home.own();
   change({{"birthCalUID", ""}, {"aneeCalUID", ""}});
-  home.touch(kMetadata, 4000000000);
+  home.folder.touch(kMetadata, Date{std::chrono::seconds{4000000000}});
   const AgentRun run = home.run();
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(home.titles(kBirthdays), Texts{}) << run.errors;
@@ -176,9 +178,10 @@ class AgentSwitchedOff : public Agent, public testing::WithParamInterface<Switch
 TEST_P(AgentSwitchedOff, TakesItsEventsOutAndStaysOff) {
   (void)home.run();
   const auto lastUpdate = home.own()["lastUpdate"];
-  home.write("Library/Calendars/" + std::string(kBirthdays) + ".calendar/Events/mine.ics",
-             "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VEVENT\r\nUID:mine\r\nSUMMARY:Mine\r\n"
-             "DTSTART;VALUE=DATE:20260101\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n");
+  home.folder.writeFile(
+      "Library/Calendars/" + std::string(kBirthdays) + ".calendar/Events/mine.ics",
+      "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VEVENT\r\nUID:mine\r\nSUMMARY:Mine\r\n"
+      "DTSTART;VALUE=DATE:20260101\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n");
   if (!GetParam().appRunning.isNil()) change({{"appRunning", GetParam().appRunning}});
   if (!GetParam().alarmSet.isNil()) {
     auto own = home.own();
@@ -260,7 +263,7 @@ TEST_F(Agent, KeepsKeysOfTheParentThatItDoesNotKnow) {
 }
 
 TEST_F(Agent, RunsFromACopyOfTheProductElsewhere) {
-  const fs::path copy = home.path("Elsewhere/With Spaces/Annivo 2.app");
+  const fs::path copy = home.folder.path("Elsewhere/With Spaces/Annivo 2.app");
   fs::create_directories(copy.parent_path());
   fs::copy(ANNIVO_PRODUCT, copy, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
   const AgentRun run =
@@ -289,7 +292,7 @@ TEST_F(Agent, KeepsPersonalFilesToTheirOwner) {
   for (const char* name : {"Library/Application Support/Annivo 2/Annivo 2.xml",
                            "Library/Preferences/org.annivo.Annivo2.Agent.plist"}) {
     struct stat status {};
-    ASSERT_EQ(stat(home.path(name).c_str(), &status), 0) << name;
+    ASSERT_EQ(stat(home.folder.path(name).c_str(), &status), 0) << name;
     EXPECT_EQ(status.st_mode & 0777, 0600U) << name;
   }
   for (const auto& entry : fs::directory_iterator(home.eventsFolder(kBirthdays))) {
