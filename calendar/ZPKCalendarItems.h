@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "calendar/RunMark.h"
 #include "calendar/core_data_for_dates_AppDelegate.h"
 #include "platform/Platform.h"
 
@@ -15,11 +16,12 @@ namespace annivo {
 
 /// The calendar writer: the one object through which the program touches calendars.
 ///
-/// 1. Made at the start of a run; opens the event ledger.
+/// 1. Made at the start of a run; opens the event ledger. Where it finds the mark of a run that did
+///    not end well, it reconciles ledger and calendars first (docs/guarantees.md).
 /// 2. setThisCalendar…, initAlarmArray and addAlarm… choose the target and the alarms of a pass.
 /// 3. addBasicEvent writes, or brings up to date, one event for each occurrence.
 /// 4. removeOtherEvents takes away what was not written or confirmed.
-/// 5. On destruction the ledger is saved.
+/// 5. On destruction the ledger is saved, everything made durable and the run's mark removed.
 class ZPKCalendarItems {
  public:
   explicit ZPKCalendarItems(Platform& platform);
@@ -86,7 +88,29 @@ class ZPKCalendarItems {
 
  private:
   /// `dataFetchedWithPredicate:`. Nothing when the fetch failed (logged).
-  std::optional<std::vector<NSManagedObject*>> dataFetchedWithPredicate(NSPredicate predicate);
+  std::optional<std::vector<NSManagedObject*>> dataFetchedWithPredicate(
+      std::optional<NSPredicate> predicate);
+  /// Reads the ledger at the first call; where it is damaged, rebuilds it from the calendars.
+  core_data_for_dates_AppDelegate::Ledger ledger();
+  [[nodiscard]] std::string thisCalendarUID() const;
+  NSManagedObject& insertRecord(const LedgerIdentity& identity, const std::string& eventUID);
+  bool updateExistingEvent(CalEvent& event, const std::string& title);
+  void fillNewEvent(CalEvent& event, const BasicEvent& basic);
+  void saveEvent(CalEvent& event);
+  void removeRecordAndEvent(NSManagedObject& record, const char* logPrefix);
+
+  // Recovery.
+  void reconcile();
+  void adoptCalendars();
+  void adoptEvents();
+  [[nodiscard]] bool eventExists(const std::string& uid);
+  void removeSecondEvent(CalEvent& event);
+
+  /// Sets the mark; to be called before anything is changed.
+  void beginChanges();
+  /// Takes note of a failure that the next run has to make good.
+  void noteFailure(const Error& error);
+  void noteFailure();
 
   Platform& platform_;
   CalCalendarStore& myStore;
@@ -96,6 +120,10 @@ class ZPKCalendarItems {
   std::unique_ptr<core_data_for_dates_AppDelegate> coreDataSpace;
   NSManagedObjectContext* moc = nullptr;
   bool calendarLocked_ = false;
+  RunMark mark_;
+  bool markFailed_ = false;  ///< it could not be set, which was presented
+  bool failed_ = false;      ///< something went wrong that the next run has to make good
+  bool reconciled_ = false;
 };
 
 }  // namespace annivo

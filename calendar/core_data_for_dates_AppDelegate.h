@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/Platform.h"
@@ -11,23 +12,37 @@ namespace annivo {
 /// The store of the event ledger, "Annivo 2.xml" in the folder "Annivo 2" of application support.
 ///
 /// 1. Nothing is opened before managedObjectContext() is first asked for; that makes the folder and
-///    adds the store, whose content is read at the first fetch.
+///    adds the store, whose content is read by readLedger() or, at the latest, the first fetch.
 /// 2. saveAction() writes what changed to the ledger's journal.
-/// 3. On destruction context, coordinator and model go, in that order; the coordinator's store
-///    folds the journal into the file as it closes.
+/// 3. closeLedger(), or else destruction, brings the journal into the file. Then context,
+///    coordinator and model go, in that order.
 class core_data_for_dates_AppDelegate {
  public:
-  explicit core_data_for_dates_AppDelegate(Platform& platform);
+  explicit core_data_for_dates_AppDelegate(Platform& platform) : platform_(platform) {}
   ~core_data_for_dates_AppDelegate();
+  core_data_for_dates_AppDelegate(const core_data_for_dates_AppDelegate&) = delete;
+  core_data_for_dates_AppDelegate& operator=(const core_data_for_dates_AppDelegate&) = delete;
 
   /// Made at the first call and kept; null when there is no coordinator.
   [[nodiscard]] NSManagedObjectContext* managedObjectContext();
+  /// Made at the first call and kept, with or without a store; null when there is no model.
   [[nodiscard]] NSPersistentStoreCoordinator* persistentStoreCoordinator();
-  /// The merged models of the main bundle.
+  /// The merged models of the main bundle; null, presented, when they cannot be read.
   [[nodiscard]] const NSManagedObjectModel* managedObjectModel();
   [[nodiscard]] std::string applicationSupportFolder() const;
-  /// `saveAction:`. A failure is presented; the changes stay in memory.
-  void saveAction();
+
+  enum class Ledger {
+    sound,
+    damaged,  ///< what was there has to be set aside, the ledger lacks it
+    missing,  ///< it cannot be read: fetches and saves fail
+  };
+  /// Reads the ledger at the first call. What is wrong with it is presented.
+  Ledger readLedger();
+  /// `saveAction:`. A failure is presented; the changes stay in memory. Whether it was saved.
+  bool saveAction();
+  /// Brings the ledger file up to date with all that was saved. A failure is presented, and nothing
+  /// that was saved is lost by it. Whether it succeeded. No other operation may follow.
+  bool closeLedger();
   /// `applicationShouldTerminate:`
   [[nodiscard]] TerminateReply applicationShouldTerminate();
 
@@ -36,6 +51,8 @@ class core_data_for_dates_AppDelegate {
   std::unique_ptr<NSManagedObjectModel> managedObjectModel_;
   std::unique_ptr<NSPersistentStoreCoordinator> persistentStoreCoordinator_;
   std::unique_ptr<NSManagedObjectContext> managedObjectContext_;
+  std::optional<Ledger> ledger_;
+  bool closed_ = false;
 };
 
 }  // namespace annivo

@@ -30,8 +30,8 @@ class NSPersistentStore {
   virtual ~NSPersistentStore() = default;
   /// Reads the content, if that has not been done; every other operation does it first.
   virtual Result<void> load() = 0;
-  /// After load: why the file that was found had to be set aside (the store is then empty and
-  /// writes a new file); nothing when all is well.
+  /// After load: why a file that was found has to be set aside, which the first save or close does
+  /// (the store then lacks what it held); nothing when all is well.
   [[nodiscard]] virtual const std::optional<Error>& damage() const = 0;
   /// What was met so far that had to be read as nil, in words for the log, without contact data.
   [[nodiscard]] virtual std::vector<std::string> notes() const { return {}; }
@@ -45,6 +45,9 @@ class NSPersistentStore {
   [[nodiscard]] virtual bool hasChanges() const = 0;
   /// Writes what changed since the last save; on failure the changes stay pending.
   virtual Result<void> save() = 0;
+  /// Brings the store's file up to date with all that was saved. Pending changes are left alone and
+  /// then the file is too. The last operation on a store.
+  virtual Result<void> close() { return {}; }
 };
 
 /// What stores need of their surroundings.

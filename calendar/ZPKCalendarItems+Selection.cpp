@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#include "calendar/ZPKCalendarItems.h"
+#include "run/LoggingSwitch.h"
+
+namespace annivo {
+
+void ZPKCalendarItems::setThisCalendarWithUIDForType(const std::string& title,
+                                                     const std::string& uid,
+                                                     const std::string& key) {
+  calendarLocked_ = false;
+  thisCalendar_ = myStore.calendarWithUID(uid);
+  if (!thisCalendar_) {
+    thisCalendar_ = CalCalendar::calendar();
+    thisCalendar_->setTitle(title);
+    if (const auto set = mark_.setWithCalendar({.uid = thisCalendar_->uid(), .key = key}); !set) {
+      platform_.application().presentError(set.error());
+      failed_ = true;
+    }
+    // Not the person's concern before an event fails to be saved into it.
+    if (const auto saved = myStore.saveCalendar(thisCalendar_); !saved) {
+      platform_.log().write(saved.error().text());
+      noteFailure(saved.error());
+    }
+    setDefaultUIDForType(thisCalendar_->uid(), key);
+  }
+  if (!thisCalendar_->isEditable()) {
+    platform_.log().write("The calendar " + thisCalendar_->title() +
+                          " is uneditable. No events will be added to this calendar.");
+    calendarLocked_ = true;
+  }
+  logOptionally(platform_, "Using calendar ", thisCalendar_->title(), ".");
+}
+
+void ZPKCalendarItems::setDefaultUIDForType(const std::optional<std::string>& uid,
+                                            const std::string& key) {
+  CFPreferences& preferences = platform_.appPreferences();
+  preferences.setAppValue(key, uid ? PropertyList(*uid) : PropertyList(), kParentDomain);
+  if (const auto flushed = preferences.appSynchronize(kParentDomain); !flushed) {
+    noteFailure(flushed.error());  // Logged where it fails.
+  }
+}
+
+bool ZPKCalendarItems::hasCalendarBeenUpdatedSinceLastRun(const std::string& uid,
+                                                          std::optional<Date> lastRun) {
+  if (uid.empty()) return false;
+  // What the run before did not bring to its end, this one has to.
+  if (mark_.wasFound()) return true;
+  const std::string root = platform_.homeDirectory() + "/Library/Calendars/";
+  const std::string wanted = uid + ".calendar";
+  std::optional<std::string> folder;
+  NSDirectoryEnumerator walk(platform_.fileManager(), root);
+  while (const auto entry = walk.nextObject()) {
+    if (entry->ends_with("Events")) walk.skipDescendents();
+    const auto slash = entry->rfind('/');
+    const std::string_view name =
+        std::string_view(*entry).substr(slash == std::string::npos ? 0 : slash + 1);
+    if (name == wanted) folder = root + *entry + "/Events";
+  }
+  std::optional<Date> modified;
+  if (folder) {
+    const auto attributes = platform_.fileManager().attributesAtPath(*folder, Links::follow);
+    if (attributes) modified = attributes->modificationDate;
+  }
+  if (loggingIsOn(platform_)) {
+    platform_.log().write("Calendar folder updated: " + describe(modified));
+  }
+  if (!modified) return true;
+  return lastRun && *lastRun < *modified;
+}
+
+}  // namespace annivo

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+
+#include "calendar/ZPKCalendarItems.h"
+#include "run/LoggingSwitch.h"
+
+namespace annivo {
+
+namespace {
+
+bool containsAll(const std::vector<CalAlarm>& alarms, const std::vector<CalAlarm>& wanted) {
+  return std::all_of(wanted.begin(), wanted.end(), [&](const CalAlarm& alarm) {
+    return std::find(alarms.begin(), alarms.end(), alarm) != alarms.end();
+  });
+}
+
+}  // namespace
+
+void ZPKCalendarItems::initAlarmArray() { alarmArray_.clear(); }
+
+void ZPKCalendarItems::addAlarm(const Alarm& alarm) {
+  CalAlarm added;
+  added.relativeTrigger = alarm.relativeTrigger;
+  if (alarm.addAlarm == "Email") {
+    added.emailAddress = alarm.emailAddress;
+  } else if (alarm.addAlarm == "Open File") {
+    if (isFileURL(alarm.URL)) added.url = alarm.URL;
+  } else if (alarm.addAlarm.ends_with("Sound")) {
+    added.sound = alarm.sound;
+  }
+  alarmArray_.push_back(std::move(added));
+}
+
+std::string ZPKCalendarItems::thisCalendarUID() const {
+  return thisCalendar_ ? thisCalendar_->uid() : "";
+}
+
+NSManagedObject& ZPKCalendarItems::insertRecord(const LedgerIdentity& identity,
+                                                const std::string& eventUID) {
+  NSManagedObject& record = moc->insertNewObjectForEntityForName("Event");
+  moc->setValueForKey(record, identity.myUID, "myUID");
+  moc->setValueForKey(record, identity.date, "date");
+  moc->setValueForKey(record, eventUID, "iCalUID");
+  moc->setValueForKey(record, identity.calendarUID, "calendarUID");
+  return record;
+}
+
+std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::string& uid,
+                                                                  Date date) {
+  static const auto format =
+      NSPredicateFormat::parse("(myUID LIKE[c] %@) AND (calendarUID LIKE[c] %@) AND (date == %@)");
+  auto blank = CalEvent::event();
+  const std::string calendarUID = thisCalendarUID();
+  const auto records = dataFetchedWithPredicate(format.with({uid, calendarUID, date}));
+  if (!records) {
+    // Without a ledger only the calendars can tell that the event is there already.
+    auto known = myStore.eventWithLedgerIdentity({uid, calendarUID, date});
+    return known ? known : blank;
+  }
+  if (records->empty()) {
+    logOptionally(platform_, "Event not found");
+    insertRecord({uid, calendarUID, date}, blank->uid());
+    return blank;
+  }
+  NSManagedObject& record = *records->front();
+  const auto* eventUID = record.valueForKey("iCalUID").string();
+  if (!eventUID) return blank;
+  if (auto event = myStore.eventWithUID(*eventUID)) {
+    logOptionally(platform_, "Event already in");
+    return event;
+  }
+  logOptionally(platform_, "Event not in calendar");
+  moc->setValueForKey(record, blank->uid(), "iCalUID");
+  return blank;
+}
+
+void ZPKCalendarItems::addBasicEvent(const BasicEvent& basic) {
+  logOptionally(platform_, "Checking for event '", basic.title, "'.");
+  const auto event = findEventWithIDOnDate(basic.uid, basic.withStartDate);
+  bool changed = true;
+  if (event->title()) {
+    changed = updateExistingEvent(*event, basic.title);
+  } else {
+    fillNewEvent(*event, basic);
+  }
+  if (changed) saveEvent(*event);
+  theRetainedEventUIDs.insert(event->uid());
+}
+
+/// Whether the event is to be saved.
+bool ZPKCalendarItems::updateExistingEvent(CalEvent& event, const std::string& title) {
+  bool changed = false;
+  if (*event.title() != title) {
+    event.setTitle(title);
+    changed = true;
+    logOptionally(platform_, "Title changed");
+  }
+  if (alarmArray_.empty()) {
+    if (event.alarms().empty()) return changed;
+    event.setAlarms({});
+    logOptionally(platform_, "Alarm added 1");
+    return true;
+  }
+  if (containsAll(event.alarms(), alarmArray_)) return changed;
+  event.setAlarms(alarmArray_);
+  logOptionally(platform_, "Alarm added 2");
+  return true;
+}
+
+void ZPKCalendarItems::fillNewEvent(CalEvent& event, const BasicEvent& basic) {
+  event.setTitle(basic.title);
+  event.setCalendar(thisCalendar_);
+  event.setStartDate(basic.withStartDate);
+  event.setEndDate(basic.endDate);
+  event.setIsAllDay(basic.allDay);
+  event.setUrl(urlWithString(basic.url));
+  event.setLedgerIdentity({basic.uid, thisCalendarUID(), basic.withStartDate});
+  event.addAlarms(alarmArray_);
+  if (event.alarms().size() != alarmArray_.size()) {
+    const CalAlarm first = event.alarms().front();
+    event.removeAlarm(first);
+  }
+}
+
+void ZPKCalendarItems::saveEvent(CalEvent& event) {
+  logOptionally(platform_, "Updating event: ", event.title().value_or("(null)"));
+  beginChanges();
+  if (!coreDataSpace->saveAction()) noteFailure();
+  if (const auto saved = myStore.saveEvent(event, CalSpan::thisEvent); !saved) {
+    noteFailure(saved.error());
+    platform_.application().runAlertWithError(saved.error());
+  }
+}
+
+}  // namespace annivo

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "calendar/ZPKCalendarItems.h"
+
+#include "run/LoggingSwitch.h"
+
+namespace annivo {
+
+using Ledger = core_data_for_dates_AppDelegate::Ledger;
+
+ZPKCalendarItems::ZPKCalendarItems(Platform& platform)
+    : platform_(platform),
+      myStore(platform.defaultCalendarStore()),
+      coreDataSpace(std::make_unique<core_data_for_dates_AppDelegate>(platform)),
+      moc(coreDataSpace->managedObjectContext()),
+      mark_(platform, coreDataSpace->applicationSupportFolder()) {
+  if (mark_.wasFound()) reconcile();
+}
+
+ZPKCalendarItems::~ZPKCalendarItems() {
+  if (moc && !coreDataSpace->saveAction()) noteFailure();
+  if (!coreDataSpace->closeLedger()) noteFailure();
+  moc = nullptr;
+  coreDataSpace.reset();
+  synchronizeCalendars();
+  if (!mark_.isSet() || failed_) return;
+  if (const auto removed = mark_.remove(); !removed) {
+    platform_.log().write(removed.error().text());
+  }
+}
+
+void ZPKCalendarItems::synchronizeCalendars() {
+  if (const auto done = myStore.synchronize(); !done) {
+    platform_.log().write(done.error().text());
+    noteFailure(done.error());
+  }
+}
+
+Ledger ZPKCalendarItems::ledger() {
+  const Ledger ledger = coreDataSpace->readLedger();
+  if (ledger == Ledger::damaged && !reconciled_) reconcile();
+  return ledger;
+}
+
+std::optional<std::vector<NSManagedObject*>> ZPKCalendarItems::dataFetchedWithPredicate(
+    std::optional<NSPredicate> predicate) {
+  ledger();
+  if (!moc) return std::nullopt;
+  auto fetched = moc->executeFetchRequest({.entity = "Event", .predicate = std::move(predicate)});
+  if (!fetched) {
+    platform_.log().write(fetched.error().text());
+    return std::nullopt;
+  }
+  return std::move(*fetched);
+}
+
+void ZPKCalendarItems::beginChanges() {
+  if (mark_.isSet() || markFailed_) return;
+  if (const auto set = mark_.set(); !set) {
+    markFailed_ = true;
+    platform_.application().presentError(set.error());
+  }
+}
+
+void ZPKCalendarItems::noteFailure(const Error& error) {
+  // What was refused will be refused again: nothing to make good.
+  if (error.kind != Error::Kind::refused && error.kind != Error::Kind::malformed) noteFailure();
+}
+
+void ZPKCalendarItems::noteFailure() {
+  failed_ = true;
+  beginChanges();
+}
+
+}  // namespace annivo

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "platform/coredata/XMLElements.h"
+
+namespace annivo {
+
+namespace {
+
+constexpr auto npos = std::string_view::npos;
+constexpr std::string_view kSpace = " \t\r\n";
+
+Error malformed(const char* reason) {
+  return {.kind = Error::Kind::malformed,
+          .domain = "NSCocoaErrorDomain",
+          .code = 0,
+          .description = {},
+          .failureReason = reason};
+}
+
+}  // namespace
+
+bool XMLElements::skipPast(std::string_view token, std::size_t from) {
+  const std::size_t found = text_.find(token, from);
+  if (found == npos) return false;
+  at_ = found + token.size();
+  return true;
+}
+
+bool XMLElements::skipMarkup() {
+  if (at("<!--")) return skipPast("-->", at_ + 4);
+  if (at("<![CDATA[")) return skipPast("]]>", at_ + 9);
+  if (at("<?")) return skipPast("?>", at_ + 2);
+  for (std::size_t i = at_ + 1;; ++i) {
+    i = text_.find_first_of("\"'>", i);
+    if (i == npos) return false;
+    if (text_[i] == '>') {
+      at_ = i + 1;
+      return true;
+    }
+    i = text_.find(text_[i], i + 1);
+    if (i == npos) return false;
+  }
+}
+
+bool XMLElements::skipMiscellany() {
+  for (;;) {
+    at_ = text_.find_first_not_of(kSpace, at_);
+    if (at_ == npos) at_ = text_.size();
+    if (!at("<!--") && !at("<?")) return true;
+    if (!skipMarkup()) return false;
+  }
+}
+
+bool XMLElements::skipDocumentType() {
+  const std::size_t begin = at_;
+  return skipMarkup() && text_.substr(begin, at_ - begin).find('[') == npos;
+}
+
+std::string_view XMLElements::nameAt(std::size_t begin) const {
+  const std::size_t end = text_.find_first_of(" \t\r\n/>", begin);
+  return text_.substr(begin, (end == npos ? text_.size() : end) - begin);
+}
+
+Result<void> XMLElements::enter(std::string_view root) {
+  root_ = root;
+  if (at("\xEF\xBB\xBF")) at_ += 3;
+  if (!skipMiscellany()) return malformed("A comment does not end.");
+  if (at("<!DOCTYPE")) {
+    if (!skipDocumentType()) return malformed("Its document type declares something of its own.");
+    if (!skipMiscellany()) return malformed("A comment does not end.");
+  }
+  if (!at("<") || nameAt(at_ + 1) != root) return malformed("It has another root element.");
+  if (!skipMarkup()) return malformed("It ends within a tag.");
+  if (text_[at_ - 2] == '/') return malformed("Its root element is empty.");
+  return {};
+}
+
+Result<std::optional<XMLElements::Element>> XMLElements::next() {
+  if (!skipMiscellany()) return malformed("A comment does not end.");
+  if (!at("<") || at("<!")) return malformed("It ends early or has text between its objects.");
+  const std::size_t begin = at_;
+  if (at("</")) {
+    rootEnd_ = begin;
+    if (nameAt(begin + 2) != root_) return malformed("Its tags do not match.");
+    if (!skipMarkup() || !skipMiscellany()) return malformed("It ends within a tag.");
+    if (at_ != text_.size()) return malformed("More follows its root element.");
+    return std::optional<Element>();
+  }
+  std::size_t depth = 0;
+  do {
+    const bool opens = at_ + 1 < text_.size() && text_[at_ + 1] != '!' && text_[at_ + 1] != '?';
+    const bool closes = opens && text_[at_ + 1] == '/';
+    if (!skipMarkup()) return malformed("It ends within a tag.");
+    if (closes) {
+      --depth;
+    } else if (opens && text_[at_ - 2] != '/') {
+      ++depth;
+    }
+    if (depth == 0) break;
+    at_ = text_.find('<', at_);
+    if (at_ == npos) return malformed("It ends within an object.");
+  } while (true);
+  return std::optional(Element{nameAt(begin + 1), begin, at_});
+}
+
+}  // namespace annivo

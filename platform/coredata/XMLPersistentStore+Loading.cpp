@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "platform/coredata/ContentHash.h"
+#include "platform/coredata/XMLPersistentStore.h"
+
+namespace annivo {
+
+namespace {
+
+std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+/// "20261120-184600"
+std::string compactTime(Date date) {
+  const CivilTime t = NSTimeZone().civil(date);
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%04d%02d%02d-%02d%02d%02d", static_cast<int>(t.year),
+                t.month, t.day, t.hour, t.minute, t.second);
+  return text.data();
+}
+
+}  // namespace
+
+Result<void> XMLPersistentStore::load() {
+  if (!loaded_) loaded_ = read();
+  return *loaded_;
+}
+
+Result<std::optional<XMLPersistentStore::Stamp>> XMLPersistentStore::stampOf(
+    const std::string& path) const {
+  const auto attributes = files_.attributesAtPath(path, Links::follow);
+  if (attributes) return std::optional(Stamp{attributes->size, attributes->modificationDate});
+  if (attributes.error().kind == Error::Kind::absent) return std::optional<Stamp>();
+  return attributes.error();
+}
+
+Result<void> XMLPersistentStore::read() {
+  const auto stamp = stampOf(path_);
+  if (!stamp) return stamp.error();
+  if (*stamp) {
+    const auto bytes = files_.contentsAtPath(path_, kXMLStoreLimit);
+    if (!bytes) return bytes.error();
+    fileStamp_ = **stamp;
+    auto content = parseXMLStore(*bytes, model_);
+    if (content) {
+      content_ = std::move(*content);
+      noteFile(*bytes);
+      if (content_.info.version > kXMLStoreVersion) {
+        readOnly_ = Error{.kind = Error::Kind::refused,
+                          .domain = "NSCocoaErrorDomain",
+                          .code = 134020,
+                          .description = "The file " + path_ + " is not changed.",
+                          .failureReason = "It was written by a newer version of the program."};
+      }
+    } else {
+      reportDamage(path_, content.error().failureReason);
+    }
+  }
+  return readJournal();
+}
+
+Result<void> XMLPersistentStore::readJournal() {
+  const auto bytes = files_.contentsAtPath(journalPath_, kXMLStoreLimit);
+  if (!bytes && bytes.error().kind == Error::Kind::absent) return {};
+  if (!bytes) return bytes.error();
+  journalSize_ = bytes->size();
+  if (bytes->empty()) return {};  // Begun and never written: a power loss.
+  XMLStoreJournal journal = parseJournal(*bytes, model_);
+  if (damage_ || !fileStamp_) {
+    reportDamage(journalPath_, "The file that it continues is gone.");
+  } else if (journal.state == XMLStoreJournal::State::newer) {
+    readOnly_ = Error{.kind = Error::Kind::refused,
+                      .domain = "NSCocoaErrorDomain",
+                      .code = 134020,
+                      .description = "The file " + journalPath_ + " is not changed.",
+                      .failureReason = "It was written by a newer version of the program."};
+  } else if (journal.state == XMLStoreJournal::State::damaged) {
+    reportDamage(journalPath_, "It is no journal.");
+  } else if (journal.base == base_) {
+    replay(std::move(journal));
+  } else if (journal.base.generation >= base_.generation) {
+    reportDamage(journalPath_, "The file that it continues was replaced by another one.");
+  }
+  // A journal of an earlier generation was folded into the file already; it goes at the next
+  // occasion.
+  return {};
+}
+
+void XMLPersistentStore::replay(XMLStoreJournal journal) {
+  for (XMLStoreChange& change : journal.changes) {
+    if (!apply(change)) {
+      content_.notes.push_back("The journal " + journalPath_ + " contradicts itself.");
+      return;
+    }
+  }
+}
+
+bool XMLPersistentStore::apply(XMLStoreChange& change) {
+  auto& rows = content_.rows;
+  auto found =
+      std::lower_bound(rows.begin(), rows.end(), change.objectID,
+                       [](const XMLStoreRow& row, std::int64_t id) { return row.objectID() < id; });
+  if (found == rows.end() && change.entity && change.objectID > content_.info.nextObjectID) {
+    content_.info.nextObjectID = change.objectID;
+    rows.emplace_back(*change.entity, change.objectID);
+    found = std::prev(rows.end());
+  }
+  if (found == rows.end() || found->objectID() != change.objectID) return !change.entity;
+  if (change.entity && change.entity != &found->entity()) return false;
+  found->removed = change.entity == nullptr;
+  found->saved = !found->removed;
+  for (std::size_t i = 0; i < change.attributes.size(); ++i) {
+    found->attributeAt(i) = std::move(change.attributes[i]);
+  }
+  if (!found->changed) changed_.push_back(&*found);
+  found->changed = true;
+  return true;
+}
+
+void XMLPersistentStore::reportDamage(const std::string& path, const std::string& reason) {
+  const std::string name = asideName(path);
+  aside_.emplace_back(path, name);
+  if (damage_) return;
+  damage_ = Error{.kind = Error::Kind::malformed,
+                  .domain = "NSCocoaErrorDomain",
+                  .code = 259,
+                  .description = "The file " + path + " is damaged and is set aside as \"" +
+                                 nameOf(name) + "\".",
+                  .failureReason = reason};
+}
+
+std::string XMLPersistentStore::asideName(const std::string& path) const {
+  const std::string name = path + ".damaged-" + compactTime(environment_.clock.now());
+  std::string free = name;
+  for (int number = 2; files_.attributesAtPath(free, Links::doNotFollow).ok(); ++number) {
+    free = name + "-" + std::to_string(number);
+  }
+  return free;
+}
+
+void XMLPersistentStore::noteFile(std::string_view bytes) {
+  base_ = {
+      .generation = content_.info.generation, .size = bytes.size(), .hash = contentHash(bytes)};
+}
+
+}  // namespace annivo

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/coredata/NSManagedObjectContext.h"
+#include "platform/coredata/XMLStoreFile.h"
+#include "platform/coredata/XMLStoreIndex.h"
+#include "platform/coredata/XMLStoreJournal.h"
+
+namespace annivo {
+
+/// An XML store over one file and the journal beside it, "<file>.journal".
+///
+/// 1. Opened without a look at the disk.
+/// 2. load() reads the file and brings in the journal that an interrupted process left.
+/// 3. The first save writes the file, if there is none, or else begins a journal; each further save
+///    appends one entry to that.
+/// 4. close() writes the file with all that was saved, durably, and removes the journal.
+///
+/// Without close() nothing that was saved is lost: the next load() finds it in the journal. A save
+/// that finds file or journal changed by somebody else fails and changes neither.
+class XMLPersistentStore final : public NSPersistentStore {
+ public:
+  XMLPersistentStore(const NSManagedObjectModel& model, StoreEnvironment environment,
+                     std::string path);
+
+  Result<void> load() override;
+  const std::optional<Error>& damage() const override { return damage_; }
+  std::vector<std::string> notes() const override { return content_.notes; }
+  Result<std::vector<NSManagedObject*>> execute(const NSFetchRequest& request) override;
+  NSManagedObject* insert(const NSEntityDescription& entity) override;
+  void set(NSManagedObject& object, std::string_view attribute, PropertyList value) override;
+  void remove(NSManagedObject& object) override;
+  bool hasChanges() const override { return !pending_.empty(); }
+  Result<void> save() override;
+  Result<void> close() override;
+
+ private:
+  /// What tells that a file is the one we know, without reading it.
+  struct Stamp {
+    std::uint64_t size = 0;
+    Date modified{};
+    friend bool operator==(const Stamp&, const Stamp&) = default;
+  };
+
+  // Loading.
+  Result<void> read();
+  Result<void> readJournal();
+  void replay(XMLStoreJournal journal);
+  bool apply(XMLStoreChange& change);
+  Result<std::optional<Stamp>> stampOf(const std::string& path) const;
+  void reportDamage(const std::string& path, const std::string& reason);
+  [[nodiscard]] std::string asideName(const std::string& path) const;
+
+  // Saving.
+  void markPending(XMLStoreRow& row);
+  [[nodiscard]] std::string elementsOf(const std::vector<XMLStoreRow*>& rows) const;
+  Result<void> setDamagedAside();
+  Result<void> writeNewFile();
+  Result<void> beginJournal();
+  Result<void> appendToJournal();
+  Result<void> fold();
+  [[nodiscard]] Result<bool> isUntouched() const;
+  [[nodiscard]] Error changedByOthers() const;
+  void noteFile(std::string_view bytes);
+
+  const NSManagedObjectModel& model_;
+  StoreEnvironment environment_;
+  NSFileManager& files_;
+  std::string path_;
+  std::string journalPath_;
+  std::optional<Result<void>> loaded_;
+  std::optional<Error> damage_;
+  std::vector<std::pair<std::string, std::string>> aside_;  ///< damaged files and their new names
+  std::optional<Error> readOnly_;                           ///< why nothing may be written
+
+  XMLStoreContent content_;
+  XMLStoreIndex index_;
+  std::vector<XMLStoreRow*> pending_;  ///< changed since the last save
+  std::vector<XMLStoreRow*> changed_;  ///< what the journal says beyond the file
+
+  XMLStoreBase base_;
+  std::optional<Stamp> fileStamp_;            ///< nothing: there is no file
+  std::optional<std::uint64_t> journalSize_;  ///< nothing: there is no journal
+  std::unique_ptr<AppendingFile> journal_;
+};
+
+}  // namespace annivo

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "platform/coredata/XMLStoreIndex.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "platform/foundation/Unicode.h"
+
+namespace annivo {
+
+namespace {
+
+using Comparison = NSPredicate::Comparison;
+
+bool isHelpful(const Comparison& comparison) {
+  const auto* text = comparison.value->string();
+  switch (comparison.op) {
+    case Comparison::Operator::equal:
+      return text != nullptr || comparison.value->date() != nullptr;
+    case Comparison::Operator::like:
+    case Comparison::Operator::likeC:
+      return text != nullptr && !hasWildcard(*text);
+    default:
+      return false;
+  }
+}
+
+/// Equal values, and texts that differ in case only, have the same.
+std::size_t hashOf(const PropertyList& value) {
+  if (const auto* text = value.string()) return std::hash<std::string>{}(caseFolded(*text));
+  if (const auto* date = value.date()) {
+    return std::hash<std::int64_t>{}(date->time_since_epoch().count());
+  }
+  return 0;
+}
+
+std::size_t combined(std::size_t key, std::size_t hash) {
+  return (key ^ hash) * 0x9E3779B97F4A7C15 + (key >> 7);
+}
+
+}  // namespace
+
+std::size_t XMLStoreIndex::keyOf(const XMLStoreRow& row) const {
+  std::size_t key = 0;
+  for (const auto& attribute : attributes_) key = combined(key, hashOf(row.valueForKey(attribute)));
+  return key;
+}
+
+std::optional<std::vector<XMLStoreRow*>> XMLStoreIndex::candidates(
+    std::vector<Comparison> comparisons, std::deque<XMLStoreRow>& rows) {
+  if (!std::all_of(comparisons.begin(), comparisons.end(), isHelpful)) return std::nullopt;
+  std::sort(comparisons.begin(), comparisons.end(),
+            [](const auto& a, const auto& b) { return a.attribute < b.attribute; });
+  if (attributes_.empty()) {
+    for (const auto& comparison : comparisons) attributes_.emplace_back(comparison.attribute);
+    rows_.reserve(rows.size());
+    for (XMLStoreRow& row : rows) add(row);
+  }
+  if (!std::equal(comparisons.begin(), comparisons.end(), attributes_.begin(), attributes_.end(),
+                  [](const auto& a, const auto& b) { return a.attribute == b; })) {
+    return std::nullopt;
+  }
+  for (XMLStoreRow* row : stale_) add(*row);
+  stale_.clear();
+
+  std::size_t key = 0;
+  for (const auto& comparison : comparisons) key = combined(key, hashOf(*comparison.value));
+  std::vector<XMLStoreRow*> found;
+  const auto [begin, end] = rows_.equal_range(key);
+  for (auto it = begin; it != end; ++it) found.push_back(it->second);
+  return found;
+}
+
+}  // namespace annivo
