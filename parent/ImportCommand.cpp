@@ -3,6 +3,7 @@
 
 #include "parent/Commands.h"
 #include "parent/ProgressBar.h"
+#include "parent/ServiceUnits.h"
 
 namespace annivo {
 
@@ -33,6 +34,7 @@ void importCommand(Session& session, const ImportRequest& request) {
                    [&](std::uint64_t done, std::uint64_t all) { bar.show(done, all); });
   bar.clear();
   if (!report) throw Refusal{report.error().description};
+  if (report->changed) refreshService(session);
   if (console.json) {
     console.writeJSON(
         PropertyList::Dictionary{{"source", request.source},

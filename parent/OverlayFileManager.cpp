@@ -56,6 +56,10 @@ void OverlayFileManager::putDirectory(const std::string& path) {
   entry(path) = {Entry::Kind::directory, "", clock_.now()};
 }
 
+void OverlayFileManager::putAbsence(const std::string& path) {
+  entry(path) = {Entry::Kind::removed, "", clock_.now()};
+}
+
 std::vector<std::string> OverlayFileManager::changedFiles() const {
   std::vector<std::string> changed;
   for (const auto& [folder, entries] : folders_) {
@@ -171,7 +175,7 @@ Result<void> OverlayFileManager::removeFile(const std::string& path) {
   if (!there) return there.error();
   if (there->type == FileType::directory) return errorFromErrno(EISDIR, "remove", path);
   if (auto may = mayChange(path); !may) return may;
-  entry(path) = {Entry::Kind::removed, "", clock_.now()};
+  putAbsence(path);
   return {};
 }
 

@@ -23,6 +23,8 @@ class OverlayFileManager final : public NSFileManager {
   void putFile(const std::string& path, std::string bytes);
   /// Puts a folder over the base.
   void putDirectory(const std::string& path);
+  /// Hides what the base has there.
+  void putAbsence(const std::string& path);
   /// The files that were written, created or removed, sorted; one that is again what the base holds
   /// is none.
   [[nodiscard]] std::vector<std::string> changedFiles() const;

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include "parent/AgentProcess.h"
+
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <iostream>
+#include <map>
+
+#include "parent/OverlayFileManager.h"
+
+namespace annivo {
+
+namespace {
+
+struct EventFileState {
+  Date modificationDate{};
+  std::string bytes;
+};
+
+using EventFiles = std::map<std::string, EventFileState>;
+
+/// All event files. With `known`, the content of one whose time is the same is not read again.
+EventFiles eventFiles(Platform& platform, const EventFiles* known = nullptr) {
+  const std::string root = platform.homeDirectory() + "/Library/Calendars";
+  const NSFileManager& files = platform.fileManager();
+  NSDirectoryEnumerator walk(files, root);
+  EventFiles found;
+  while (const auto relative = walk.nextObject()) {
+    if (!relative->ends_with(".ics")) continue;
+    const std::string path = root + '/' + *relative;
+    const auto attributes = files.attributesAtPath(path, Links::follow);
+    if (!attributes) continue;
+    if (known) {
+      const auto before = known->find(path);
+      if (before != known->end() &&
+          before->second.modificationDate == attributes->modificationDate &&
+          before->second.bytes.size() == attributes->size) {
+        found.emplace(path, before->second);
+        continue;
+      }
+    }
+    const auto bytes = files.contentsAtPath(path);
+    found.emplace(path, EventFileState{attributes->modificationDate, bytes ? *bytes : ""});
+  }
+  return found;
+}
+
+void runAndWait(const std::string& executable) {
+  std::string name = executable;
+  char* arguments[] = {name.data(), nullptr};
+  pid_t process = 0;
+  std::cout.flush();
+  if (const int code =
+          posix_spawn(&process, executable.c_str(), nullptr, nullptr, arguments, environ);
+      code != 0) {
+    throw Refusal{errorFromErrno(code, "start", executable).description};
+  }
+  int status = 0;
+  while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    throw Refusal{"the agent did not end well (" +
+                  (WIFEXITED(status) ? "exit status " + std::to_string(WEXITSTATUS(status))
+                                     : "signal " + std::to_string(WTERMSIG(status))) +
+                  "); its messages say why, and \"annivo run\" tries again"};
+  }
+}
+
+}  // namespace
+
+EventChanges runAgent(Session& session) {
+  Platform& platform = session.platform;
+  const EventFiles before = eventFiles(platform);
+  runAndWait(agentExecutable(platform.fileManager(), parentBundlePath(session)));
+  const EventFiles after = eventFiles(platform, &before);
+
+  OverlayFileManager old(platform.fileManager(), platform.clock());
+  std::vector<std::string> changed;
+  for (const auto& [path, state] : before) {
+    const auto now = after.find(path);
+    if (now != after.end() && now->second.bytes == state.bytes) continue;
+    old.putFile(path, state.bytes);
+    changed.push_back(path);
+  }
+  for (const auto& [path, state] : after) {
+    if (before.contains(path)) continue;
+    old.putAbsence(path);
+    changed.push_back(path);
+  }
+  return eventChanges(platform, old, platform.fileManager(), changed);
+}
+
+}  // namespace annivo

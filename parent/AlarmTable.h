@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/Platform.h"
+
+namespace annivo {
+
+/// One row of the alarm table in words.
+struct ListedAlarm {
+  int number = 0;    ///< its place in the table, from 1
+  std::string kind;  ///< "message", "email", "sound", "file"; another program's kind as it stands
+  std::int32_t days = 0;
+  std::string time;  ///< "08:00"
+  bool birthdays = false;
+  bool anniversaries = false;
+};
+
+/// The rows that are in use.
+[[nodiscard]] std::vector<ListedAlarm> listedAlarms(const PropertyList& table,
+                                                    const NSTimeZone& zone);
+/// The table with an alarm in its first free row. Refused when none of the five is free, and for
+/// an unknown kind, a time that is none, or days below 0 or above 3650.
+[[nodiscard]] Result<PropertyList> withAlarm(const PropertyList& table, const ListedAlarm& alarm,
+                                             Date now, const NSTimeZone& zone);
+/// The table with the row of that number free.
+[[nodiscard]] Result<PropertyList> withoutAlarm(const PropertyList& table, int number);
+/// "email 2 days before at 08:00, for birthdays".
+[[nodiscard]] std::string alarmText(const ListedAlarm& alarm);
+
+}  // namespace annivo
