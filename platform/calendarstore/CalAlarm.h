@@ -10,10 +10,10 @@ namespace annivo {
 struct CalAlarm {
   /// Seconds relative to the event's start, negative before it. Absent in an alarm of another
   /// program with an absolute time.
-  std::optional<double> relativeTrigger;
-  std::optional<std::string> emailAddress;
-  std::optional<std::string> url;  ///< a file URL
-  std::optional<std::string> sound;
+  std::optional<double> relativeTrigger = {};
+  std::optional<std::string> emailAddress = {};
+  std::optional<std::string> url = {};  ///< a file URL
+  std::optional<std::string> sound = {};
   friend bool operator==(const CalAlarm&, const CalAlarm&) = default;
 };
 

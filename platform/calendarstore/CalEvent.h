@@ -18,8 +18,8 @@ class CalCalendar;
 /// The identity under which the ledger knows an event, kept in the event's file too, so that
 /// ledger and calendars can be reconciled after a power loss.
 struct LedgerIdentity {
-  std::string myUID;
-  std::string calendarUID;
+  std::string myUID = {};
+  std::string calendarUID = {};
   Date date{};
   friend bool operator==(const LedgerIdentity&, const LedgerIdentity&) = default;
 };

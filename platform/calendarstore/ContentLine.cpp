@@ -36,8 +36,9 @@ std::size_t endOfParameter(std::string_view text, std::size_t start) {
 
 void split(std::string_view content, ContentLine& line) {
   line.name = line.parameters = line.value = {};
-  const std::size_t nameEnd = content.find_first_of(":;");
-  if (nameEnd == content.npos) return;
+  std::size_t nameEnd = 0;
+  while (nameEnd < content.size() && content[nameEnd] != ':' && content[nameEnd] != ';') ++nameEnd;
+  if (nameEnd == content.size()) return;
   std::size_t colon = nameEnd;
   while (colon < content.size() && content[colon] == ';') {
     colon = endOfParameter(content, colon + 1);
@@ -49,19 +50,6 @@ void split(std::string_view content, ContentLine& line) {
 }
 
 }  // namespace
-
-bool equalsIgnoringCase(std::string_view text, std::string_view upper) {
-  if (text.size() != upper.size()) return false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i] >= 'a' && text[i] <= 'z' ? static_cast<char>(text[i] - 32) : text[i];
-    if (c != upper[i]) return false;
-  }
-  return true;
-}
-
-bool ContentLine::named(std::string_view upperCaseName) const {
-  return equalsIgnoringCase(name, upperCaseName);
-}
 
 std::optional<std::string_view> ContentLine::parameter(std::string_view upperCaseName) const {
   for (std::size_t start = 0; start < parameters.size();) {

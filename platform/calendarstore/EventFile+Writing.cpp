@@ -301,7 +301,11 @@ bool EventFile::isBrokenOff(std::string_view text) {
   EventLines lines(text);
   while (lines.next()) {
   }
-  return lines.isOpen();
+  // Where the text breaks off inside an END line, that line closes nothing.
+  const std::string_view last = lines.line().raw;
+  const bool atEnd = last.data() + last.size() == text.data() + text.size();
+  return lines.isOpen() ||
+         (atEnd && !last.ends_with('\n') && lines.depth() > 0 && !lines.wellFormed());
 }
 
 }  // namespace annivo
