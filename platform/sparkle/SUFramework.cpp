@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <dlfcn.h>
 
+#include <utility>
+
 #include "platform/sparkle/SUUpdater.h"
 
 namespace annivo {
@@ -16,6 +18,43 @@ Error malformed(const NSBundle& framework, const std::string& reason) {
           .description = "The framework " + framework.bundlePath() + " cannot be loaded.",
           .failureReason = reason};
 }
+
+/// Stands between the module's updater and the delegate: what the module answers reaches the
+/// delegate in a turn of the run loop of its own, with no frame of the module on the stack. The
+/// delegate may terminate the application, and the module, which may hold another copy of the
+/// language's support library, is nothing that an exception could cross.
+class HostedUpdater final : public SUUpdater, private SUUpdaterDelegate {
+ public:
+  HostedUpdater(NSRunLoop& runLoop, std::unique_ptr<SUUpdater> updater)
+      : runLoop_(runLoop), updater_(std::move(updater)) {
+    updater_->setDelegate(this);
+  }
+  ~HostedUpdater() override { runLoop_.removeTimer(timer_); }
+  HostedUpdater(const HostedUpdater&) = delete;
+  HostedUpdater& operator=(const HostedUpdater&) = delete;
+
+  void setDelegate(SUUpdaterDelegate* delegate) override { delegate_ = delegate; }
+  void checkForUpdateInformation() override { updater_->checkForUpdateInformation(); }
+
+ private:
+  void updaterDidFindValidUpdate(const SUAppcastItem& item) override {
+    tell([item](SUUpdaterDelegate& delegate) { delegate.updaterDidFindValidUpdate(item); });
+  }
+  void updaterDidNotFindUpdate() override {
+    tell([](SUUpdaterDelegate& delegate) { delegate.updaterDidNotFindUpdate(); });
+  }
+  void tell(std::function<void(SUUpdaterDelegate&)> call) {
+    timer_ = runLoop_.addTimer(NSRunLoop::Clock::now(), [this, call = std::move(call)] {
+      timer_ = 0;
+      if (delegate_) call(*delegate_);
+    });
+  }
+
+  NSRunLoop& runLoop_;
+  std::unique_ptr<SUUpdater> updater_;
+  SUUpdaterDelegate* delegate_ = nullptr;
+  int timer_ = 0;
+};
 
 std::string dynamicLoaderError() {
   const char* message = ::dlerror();
@@ -48,7 +87,8 @@ SUUpdater& SUFramework::updaterForBundle(const NSBundle& bundle, const SUHost& h
   updater_.reset();
   host_ = std::make_unique<SUHost>(host);
   bundle_ = std::make_unique<NSBundle>(bundle);
-  updater_.reset(make_(host_.get(), bundle_.get()));
+  updater_ = std::make_unique<HostedUpdater>(
+      host.runLoop, std::unique_ptr<SUUpdater>(make_(host_.get(), bundle_.get())));
   return *updater_;
 }
 

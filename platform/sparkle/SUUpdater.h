@@ -45,7 +45,9 @@ struct SUHost {
   std::string systemVersion;  ///< ProductVersion, "" when unknown
 };
 
-/// The principal class of the framework: the one C symbol that the module exports.
+/// The principal class of the framework: the one C symbol that the module exports. The caller owns
+/// the updater; host and bundle outlive it. No exception crosses into the module: its delegate is
+/// one that throws nothing.
 /// extern "C" annivo::SUUpdater* SUUpdaterForBundle(annivo::SUHost*, const annivo::NSBundle*);
 using SUUpdaterForBundle = SUUpdater* (*)(SUHost* host, const NSBundle* bundle);
 inline constexpr const char* kSUUpdaterForBundleSymbol = "SUUpdaterForBundle";

@@ -121,6 +121,7 @@ if len(sys.argv) > 2:
     context.load_cert_chain(sys.argv[2], sys.argv[3])
     server.socket = context.wrap_socket(server.socket, server_side=True,
                                         do_handshake_on_connect=False)
+server.handle_error = lambda *_: None
 threading.Thread(target=server.serve_forever, daemon=True).start()
 print(server.server_address[1], flush=True)
 sys.stdin.read()
