@@ -51,12 +51,12 @@ struct ContactDateRecord {
   std::string organization{kNull};    ///< "organization"
   std::string isOrganization{kNull};  ///< "isOrganization": the display flags in decimal
   std::string dateType{kNull};        ///< "date type"
-  std::optional<Date> thisDate;       ///< "this date"
+  std::optional<Date> thisDate{};     ///< "this date"
   std::string dateUID{kNull};         ///< "date UID"
   std::string personUID{kNull};       ///< "person UID"
   /// "groups": unique identifiers of every group that holds the person, each followed by its
   /// ancestors, duplicates kept.
-  GroupIdentifiers groups;
+  GroupIdentifiers groups{};
 
   /// The text under one of the text keys above; nothing for "this date", "groups" and other keys.
   [[nodiscard]] std::optional<std::string_view> textForKey(std::string_view key) const;

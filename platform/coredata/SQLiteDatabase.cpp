@@ -6,9 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 namespace annivo {
@@ -18,11 +20,9 @@ namespace {
 constexpr int kBusyMilliseconds = 5000;
 constexpr int kLongestValue = 16 * 1024 * 1024;
 
-Error sqliteError(sqlite3* database, int code, const std::string& path) {
-  const int primary = code & 0xFF;
+Error sqliteError(int code, std::string why, const std::string& path) {
   Error::Kind kind = Error::Kind::failed;
-  std::string why = sqlite3_errmsg(database);
-  switch (primary) {
+  switch (code & 0xFF) {
     case SQLITE_NOTADB:
     case SQLITE_CORRUPT:
     case SQLITE_ERROR:
@@ -53,6 +53,10 @@ Error sqliteError(sqlite3* database, int code, const std::string& path) {
           .failureReason = ""};
 }
 
+Error sqliteError(sqlite3* database, int code, const std::string& path) {
+  return sqliteError(code, sqlite3_errmsg(database), path);
+}
+
 /// `path` as the path of a "file:" URI.
 std::string uriPath(const std::string& path) {
   std::string uri;
@@ -73,7 +77,14 @@ bool isNotEmpty(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && status.st_size > 0;
 }
 
-bool exists(const std::string& path) { return ::access(path.c_str(), F_OK) == 0; }
+bool isReadable(const std::string& path) { return ::access(path.c_str(), R_OK) == 0; }
+
+/// The path of the file itself, beside which its WAL is, where `path` leads to it over links.
+std::string realPath(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                         &std::free);
+  return real == nullptr ? path : real.get();
+}
 
 /// Whether the file's header asks for a write-ahead log (read version 2).
 bool wantsWriteAheadLog(const std::string& path) {
@@ -99,10 +110,10 @@ enum class Manner {
 };
 
 Manner mannerFor(const std::string& path) {
-  const bool hasIndex = exists(path + "-shm");
+  const bool hasIndex = isReadable(path + "-shm");
   if (isNotEmpty(path + "-wal")) return hasIndex ? Manner::locked : Manner::privateIndex;
   if (!wantsWriteAheadLog(path)) return Manner::locked;
-  return hasIndex && exists(path + "-wal") ? Manner::locked : Manner::immutable;
+  return hasIndex && isReadable(path + "-wal") ? Manner::locked : Manner::immutable;
 }
 
 std::string uriFor(const std::string& path, Manner manner) {
@@ -191,9 +202,10 @@ Result<SQLiteDatabase> SQLiteDatabase::openForReading(const std::string& path) {
   if (S_ISDIR(status.st_mode)) return errorFromErrno(EISDIR, "read", path);
   if (!S_ISREG(status.st_mode)) return errorFromErrno(EACCES, "read", path);
 
-  const Manner manner = mannerFor(path);
+  const std::string file = realPath(path);
+  const Manner manner = mannerFor(file);
   sqlite3* handle = nullptr;
-  const int code = sqlite3_open_v2(uriFor(path, manner).c_str(), &handle,
+  const int code = sqlite3_open_v2(uriFor(file, manner).c_str(), &handle,
                                    SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
   SQLiteDatabase database(handle, path);
   if (code != SQLITE_OK) return sqliteError(handle, code, path);
@@ -207,10 +219,23 @@ Result<SQLiteDatabase> SQLiteDatabase::openForReading(const std::string& path) {
     const auto exclusive = database.execute("PRAGMA locking_mode=EXCLUSIVE");
     if (!exclusive) return exclusive.error();
   }
-  // Opening reads nothing yet.
-  const auto read = database.execute("PRAGMA schema_version");
-  if (!read) return read.error();
+  if (const auto whole = database.checkWhole(file); !whole) return whole.error();
   return database;
+}
+
+// Opening has read nothing yet; this reads the first page, and so finds most that can be wrong. A
+// last page that is cut short SQLite itself would fill up with zeros, unless a WAL holds it whole.
+Result<void> SQLiteDatabase::checkWhole(const std::string& file) const {
+  if (const auto begun = execute("BEGIN; PRAGMA schema_version"); !begun) return begun;
+  auto statement = prepare("PRAGMA page_size");
+  if (!statement) return statement.error();
+  if (const auto stepped = statement->step(); !stepped) return stepped.error();
+  const std::int64_t pageSize = statement->integer(0).value_or(1);
+  struct stat status {};
+  const bool isCut = !isNotEmpty(file + "-wal") && ::stat(file.c_str(), &status) == 0 &&
+                     status.st_size % std::max<std::int64_t>(pageSize, 1) != 0;
+  if (isCut) return sqliteError(SQLITE_CORRUPT, "the file is truncated", *path_);
+  return execute("COMMIT");
 }
 
 Result<SQLiteDatabase> SQLiteDatabase::create(const std::string& path) {

@@ -67,6 +67,8 @@ class SQLiteDatabase {
 
  private:
   SQLiteDatabase(sqlite3* database, std::string path);
+  [[nodiscard]] Result<void> checkWhole(const std::string& file) const;
+
   sqlite3* database_;
   std::unique_ptr<std::string> path_;
 };
