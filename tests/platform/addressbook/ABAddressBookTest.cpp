@@ -120,6 +120,31 @@ TEST_F(OwnCard, IsAbsentWhereTheRowNamesNoRecord) {
   EXPECT_EQ(myId(), "nobody");
 }
 
+TEST_F(OwnCard, IsAbsentWhereTextStandsForItsKey) {
+  write(mainStore(), {own("B:ABPerson")}, StoreGeneration::olderB);
+  EditDatabase(mainStore()).run("UPDATE ZABCDRECORD SET ZME = 'B:ABPerson' WHERE ZME NOT NULL");
+  EXPECT_EQ(myId(), "nobody");
+}
+
+TEST_F(OwnCard, WithDataForAnIdentifierHasNone) {
+  write(mainStore(), {own("B:ABPerson", {"b@x.example"})});
+  EditDatabase(mainStore()).run("UPDATE ZABCDRECORD SET ZUNIQUEID = x'00FF'");
+  EXPECT_EQ(myId(), "");
+  EXPECT_EQ(primaryEmail(), "b@x.example");
+}
+
+TEST_F(OwnCard, IsReadFromTheLogBesideTheStore) {
+  write(mainStore(), {own("B:ABPerson", {"old@x.example"})});
+  EditDatabase(mainStore())
+      .run("PRAGMA journal_mode = WAL")
+      .keepLog()
+      .run("UPDATE ZABCDEMAILADDRESS SET ZADDRESS = 'new@x.example'");
+  ASSERT_TRUE(home.exists(std::string(kMainStore) + "-wal"));
+  const auto before = home.fingerprint();
+  EXPECT_EQ(primaryEmail(), "new@x.example");
+  EXPECT_EQ(home.fingerprint(), before);
+}
+
 TEST_F(OwnCard, OfTheMainStoreWins) {
   write(source("0"), {own("Source:ABPerson")});
   write(mainStore(), {own("Main:ABPerson")});
@@ -174,6 +199,11 @@ TEST_F(OwnCard, HasThePrimaryAddressOfTheRules) {
        "UPDATE ZABCDEMAILADDRESS SET ZADDRESS = NULL WHERE ZADDRESS = 'a'", "b"},
       {"nor does one that holds data",
        "UPDATE ZABCDEMAILADDRESS SET ZADDRESS = x'61' WHERE ZADDRESS = 'a'", "b"},
+      {"a place that holds text comes after the numbers",
+       "UPDATE ZABCDEMAILADDRESS SET ZISPRIMARY = 'no', "
+       "ZORDERINGINDEX = CASE ZADDRESS WHEN 'a' THEN 'first' ELSE 5 - Z_PK END",
+       "c"},
+      {"identifiers that are data", "UPDATE ZABCDEMAILADDRESS SET ZUNIQUEID = x'00FF'", "a"},
       {"no identifiers", "UPDATE ZABCDEMAILADDRESS SET ZUNIQUEID = NULL", "a"},
       {"the mark column is missing", "ALTER TABLE ZABCDEMAILADDRESS DROP COLUMN ZISPRIMARY", "a"},
       {"the place column is missing", "ALTER TABLE ZABCDEMAILADDRESS DROP COLUMN ZORDERINGINDEX",

@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 
 #include <csignal>
-#include <regex>
+#include <string_view>
 
 #include "platform/addressbook/AddressBookStoreWriter.h"
 #include "platform/addressbook/StoreSchema.h"
@@ -152,16 +152,21 @@ TEST_P(EveryGeneration, GivesFreshIdentifiersTheirForms) {
   person.dates = {{.uniqueId = "", .label = "x", .day = StoredDay{2001, 1, 1}}};
   person.emails = {"a@b.example"};
   write({person}, {{"", "Friends", {}, {}}});
-  const std::string uuid = "[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}";
-  const auto matches = [](const std::string& text, const std::string& form) {
-    return std::regex_match(text, std::regex(form));
+  const std::string uuid = "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX";
+  const auto form = [&](const std::string& query) {
+    std::string text = store.value(query);
+    for (std::size_t i = 0; i < std::min(text.size(), uuid.size()); ++i) {
+      if (std::string_view("0123456789ABCDEF").find(text[i]) != std::string_view::npos) {
+        text[i] = 'X';
+      }
+    }
+    return text;
   };
-  EXPECT_TRUE(matches(store.value("SELECT ZUNIQUEID FROM ZABCDRECORD WHERE ZFIRSTNAME NOT NULL"),
-                      uuid + ":ABPerson"));
-  EXPECT_TRUE(matches(store.value("SELECT ZUNIQUEID FROM ZABCDRECORD WHERE ZNAME NOT NULL"),
-                      uuid + ":ABGroup"));
-  EXPECT_TRUE(matches(store.value("SELECT ZUNIQUEID FROM ZABCDCONTACTDATE"), uuid));
-  EXPECT_TRUE(matches(store.value("SELECT ZUNIQUEID FROM ZABCDEMAILADDRESS"), uuid));
+  EXPECT_EQ(form("SELECT ZUNIQUEID FROM ZABCDRECORD WHERE ZFIRSTNAME NOT NULL"),
+            uuid + ":ABPerson");
+  EXPECT_EQ(form("SELECT ZUNIQUEID FROM ZABCDRECORD WHERE ZNAME NOT NULL"), uuid + ":ABGroup");
+  EXPECT_EQ(form("SELECT ZUNIQUEID FROM ZABCDCONTACTDATE"), uuid);
+  EXPECT_EQ(form("SELECT ZUNIQUEID FROM ZABCDEMAILADDRESS"), uuid);
 }
 
 TEST_P(EveryGeneration, KeepsGivenIdentifiers) {

@@ -6,10 +6,13 @@
 #include <set>
 
 #include "platform/addressbook/ABAddressBook.h"
+#include "platform/coredata/NSManagedObjectContext.h"
 #include "platform/coredata/NSManagedObjectModel.h"
 #include "platform/foundation/Gestalt.h"
 #include "platform/foundation/PropertyList.h"
 #include "platform/foundation/Unicode.h"
+#include "tests/platform/addressbook/StoreFile.h"
+#include "tests/support/Doubles.h"
 
 namespace annivo {
 namespace {
@@ -164,6 +167,42 @@ TEST(ContactsModels, DescribeWhatEachFamilyHas) {
     EXPECT_FALSE(model->isKindOf(*smart, "ABCDGroup"));
     EXPECT_EQ(info->relationshipIndex("me").has_value(), row.notesOwnCardOnInfo);
     EXPECT_EQ(model->entityForName("CNCDContainer") != nullptr, row.hasContainers);
+  }
+}
+
+TEST(ContactsModels, ReadTheStoresOfEveryGeneration) {
+  StoredPerson ann{.birthday = StoredDay{1980, 6, 10},
+                   .dates = {{.label = "First met", .day = StoredDay{1999, 5, 1}}}};
+  StoredPerson bob{.birthday = StoredDay{1604, 2, 29}, .isSubscribed = true};
+  PosixFileManager files;
+  const ManualClock clock(kReferenceDate);
+  for (const char* name : {"ABAddressBook.abz", "ABAddressBook.abmom", "ABAddressBook.momd"}) {
+    const auto model = NSManagedObjectModel::initWithContentsOfURL(files, kFramework + "/" + name);
+    ASSERT_TRUE(model);
+    for (const GenerationFacts& facts : kGenerations) {
+      SCOPED_TRACE(std::string(name) + " " + facts.name);
+      StoreFile file;
+      file.write(facts.generation, {ann, StoredPerson{}, bob},
+                 {{.name = "Inner", .people = {0}},
+                  {.name = "Outer", .subgroups = {0}, .kind = StoredGroup::Kind::subscribed},
+                  {.name = "Search", .kind = StoredGroup::Kind::smart}});
+      NSPersistentStoreCoordinator coordinator(*model, {files, clock, NSTimeZone()});
+      const auto added = coordinator.addPersistentStore(StoreType::sqlite, file.path());
+      ASSERT_TRUE(added) << added.error().text();
+      NSManagedObjectContext context;
+      context.setPersistentStoreCoordinator(&coordinator);
+      const auto born = NSPredicateFormat::parse("((birthday != nil))").with({});
+      const auto people = context.executeFetchRequest({"ABCDContact", born});
+      const auto dates = context.executeFetchRequest({"ABCDContactDate", std::nullopt});
+      const auto groups = context.executeFetchRequest({"ABCDGroup", std::nullopt});
+      ASSERT_TRUE(people && dates && groups);
+      ASSERT_EQ(people->size(), 2U);
+      ASSERT_EQ(dates->size(), 1U);
+      ASSERT_EQ(groups->size(), 2U);
+      EXPECT_EQ(dates->front()->toOne("owner"), people->front());
+      EXPECT_EQ(people->front()->toMany("parentGroups").size(), 1U);
+      EXPECT_EQ(groups->front()->toMany("parentGroups").size(), 1U);
+    }
   }
 }
 
