@@ -24,7 +24,9 @@ void ZPKCalendarItems::reconcile() {
   reconciled_ = true;
   myStore.removeRemains(CalCalendarStore::Remains::damagedEvents);
   adoptCalendars();
-  if (moc && coreDataSpace->readLedger() != core_data_for_dates_AppDelegate::Ledger::missing) {
+  if (coreDataSpace->readLedger() == core_data_for_dates_AppDelegate::Ledger::missing) {
+    noteFailure();
+  } else {
     adoptEvents();
   }
 }

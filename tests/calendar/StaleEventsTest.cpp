@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "tests/calendar/WriterHome.h"
+#include "tests/support/FailingFileManager.h"
+
+namespace annivo {
+namespace {
+
+using Home = WriterHome;
+using namespace std::chrono_literals;
+const Date kDay = utc(2026, 12, 24, 12);
+const Date kHorizon = utc(2025, 11, 20, 18, 46);  // The clock says one year later.
+
+struct StaleEvents : testing::Test {
+  StaleEvents() {
+    home.logOn();
+    home.makeCalendar("A", "Birthdays");
+    home.makeCalendar("B", "Anniversaries");
+  }
+  [[nodiscard]] std::size_t logged(std::string_view part) const {
+    return home.home.log.count(part);
+  }
+  /// A run that writes the events and then removes all others.
+  void pass(const std::vector<ZPKCalendarItems::BasicEvent>& events) {
+    home.run([&](ZPKCalendarItems& writer) {
+      writer.setThisCalendarWithUIDForType("A", "A", "birthCalUID");
+      for (const auto& event : events) writer.addBasicEvent(event);
+      writer.removeOtherEvents();
+    });
+  }
+  Home home;
+};
+
+TEST_F(StaleEvents, AWriterThatWroteNothingEmptiesLedgerAndCalendars) {
+  home.write("A", {eventOn(kDay, "D-1", "One"), eventOn(kHorizon, "D-2", "Old")});
+  home.write("B", {eventOn(kDay, "D-1", "Two")});
+  home.run([](ZPKCalendarItems& writer) { writer.removeOtherEvents(); });
+  EXPECT_TRUE(home.titles("A").empty());
+  EXPECT_TRUE(home.titles("B").empty());
+  EXPECT_TRUE(home.ledger().empty());
+  EXPECT_EQ(logged("Deleting old events 1"), 1U);
+  EXPECT_EQ(logged("Removing current event: One"), 1U);
+  EXPECT_EQ(logged("Removing current event: Two"), 1U);
+  EXPECT_EQ(logged("Deleting old events 2"), 1U);
+  EXPECT_EQ(logged("Removing old event: Old"), 1U);
+  EXPECT_EQ(logged("Deleted old events"), 1U);
+}
+
+TEST_F(StaleEvents, WhatWasRemovedIsGoneFromTheLedgerFile) {
+  home.write("A", {eventOn(kDay, "SECRET-1", "One"), eventOn(kDay, "KEPT-2", "Two")});
+  ASSERT_NE(home.home.readFile(Home::kLedger).find("SECRET-1"), std::string::npos);
+  pass({eventOn(kDay, "KEPT-2", "Two")});
+  const auto files = home.home.snapshot(Home::kLedgerFolder);
+  ASSERT_EQ(files.size(), 1U) << "no journal and no mark is left";
+  EXPECT_EQ(files.begin()->second.find("SECRET-1"), std::string::npos);
+  EXPECT_NE(files.begin()->second.find("KEPT-2"), std::string::npos);
+}
+
+TEST_F(StaleEvents, TheHorizonItselfIsRemovedEvenIfJustConfirmed) {
+  const std::vector events = {
+      eventOn(kHorizon - 1us, "D-0", "Before"), eventOn(kHorizon, "D-1", "At"),
+      eventOn(kHorizon + 1us, "D-2", "Just after"), eventOn(kHorizon + 1s, "D-3", "After")};
+  pass(events);
+  EXPECT_EQ(home.titles("A"), (std::vector<std::string>{"After", "Just after"}));
+  EXPECT_EQ(home.ledger().size(), 2U);
+}
+
+TEST_F(StaleEvents, TheHorizonOfALeapDayIsTheDayBeforeInACommonYear) {
+  home.home.clock.set(utc(2024, 2, 29, 10));
+  ZPKCalendarItems writer(home.home.platform());
+  EXPECT_EQ(writer.currentDateOffsetByYears(-1), utc(2023, 2, 28, 10));
+  EXPECT_EQ(writer.currentDateOffsetByYears(4), utc(2028, 2, 29, 10));
+  EXPECT_EQ(writer.currentDateOffsetByYears(0), utc(2024, 2, 29, 10));
+}
+
+TEST_F(StaleEvents, ARecordWhoseEventTheUserDeletedIsDropped) {
+  home.write("A", {eventOn(kDay, "D-1", "One")});
+  home.home.folder().remove(Home::eventFile("A", home.ledger().front().iCalUID));
+  home.home.log.clear();
+  pass({});
+  EXPECT_TRUE(home.ledger().empty());
+  EXPECT_EQ(logged("Removing"), 0U);
+  EXPECT_TRUE(home.home.alerts.shown().empty());
+}
+
+TEST_F(StaleEvents, EventsOfACalendarThatIsNotWrittenGoInTheSamePass) {
+  home.write("A", {eventOn(kDay, "D-1", "One")});
+  home.write("B", {eventOn(kDay, "D-2", "Two")});
+  pass({eventOn(kDay, "D-1", "One")});
+  EXPECT_EQ(home.titles("A").size(), 1U);
+  EXPECT_TRUE(home.titles("B").empty());
+}
+
+TEST_F(StaleEvents, TheUsersOwnEventsStay) {
+  const std::string own =
+      "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VEVENT\r\nUID:own\r\nSUMMARY:Mine\r\n"
+      "DTSTART;VALUE=DATE:20261224\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n";
+  home.home.writeFile(Home::eventFile("A", "own"), own);
+  home.write("A", {eventOn(kDay, "D-1", "One")});
+  pass({});
+  EXPECT_EQ(home.titles("A"), std::vector<std::string>{"Mine"});
+  EXPECT_EQ(home.home.readFile(Home::eventFile("A", "own")), own);
+}
+
+TEST_F(StaleEvents, AFailedRemovalIsLoggedAndTheRecordGoesAllTheSame) {
+  home.write("A", {eventOn(kDay, "D-1", "One")});
+  const std::string path = home.home.path(Home::eventFile("A", home.ledger().front().iCalUID));
+  home.home.log.clear();
+  PosixFileManager disk;
+  FailingFileManager files(disk);
+  home.home.useFileManager(&files);
+  home.run([&](ZPKCalendarItems& writer) {
+    files.failChange(2, EIO);  // After the mark.
+    writer.removeOtherEvents();
+    ASSERT_EQ(files.changes()[1].path, path);
+  });
+  EXPECT_EQ(logged(path), 1U);
+  EXPECT_TRUE(home.ledger().empty());
+  EXPECT_EQ(home.titles("A").size(), 1U);
+  home.home.useFileManager(nullptr);
+  pass({});
+  EXPECT_TRUE(home.titles("A").empty()) << "the run after a failure takes it up again";
+}
+
+TEST_F(StaleEvents, ARecordThatNamesNoFileIsDroppedWithoutReachingAnything) {
+  for (const std::string uid : {"../../../x", "", "a/b", "..", "."}) {
+    home.home.writeFile("x.ics", "other");
+    home.writeLedger(
+        "<object type=\"EVENT\" id=\"z102\"><attribute name=\"icaluid\" "
+        "type=\"string\">" +
+        uid +
+        "</attribute><attribute name=\"date\" type=\"date\">819806400</attribute>"
+        "</object>");
+    pass({});
+    EXPECT_TRUE(home.ledger().empty()) << uid;
+    EXPECT_EQ(home.home.readFile("x.ics"), "other");
+  }
+}
+
+TEST_F(StaleEvents, ARecordWithoutADateIsInNeitherPhase) {
+  home.writeLedger(
+      "<object type=\"EVENT\" id=\"z102\"><attribute name=\"icaluid\" type=\"string\">E"
+      "</attribute></object>");
+  pass({});
+  EXPECT_EQ(home.ledger().size(), 1U);
+}
+
+TEST_F(StaleEvents, ALedgerThatCannotBeReadRemovesNothing) {
+  home.write("A", {eventOn(kDay, "D-1", "One")});
+  PosixFileManager disk;
+  FailingFileManager files(disk);
+  files.makeUnreadable(home.home.path(Home::kLedger));
+  home.home.useFileManager(&files);
+  home.run([](ZPKCalendarItems& writer) { writer.removeOtherEvents(); });
+  EXPECT_EQ(home.titles("A").size(), 1U);
+  EXPECT_GE(logged(home.home.path(Home::kLedger)), 2U) << "once a phase";
+  EXPECT_EQ(home.home.alerts.shown().size(), 1U);
+}
+
+TEST_F(StaleEvents, CountsTheEventsOfThisYearAlways) {
+  home.home.ownPreferences({});
+  home.write("A", {eventOn(utc(2026, 1, 1, 12), "D-1", "First"),
+                   eventOn(utc(2026, 12, 31, 12), "D-2", "Last"),
+                   eventOn(utc(2025, 12, 31, 12), "D-3", "Before"),
+                   eventOn(utc(2027, 1, 1, 12), "D-4", "After")});
+  home.write("B", {eventOn(utc(2026, 6, 1, 12), "D-1", "Other")});
+  ZPKCalendarItems::logEventsThisYear(home.home.platform());
+  EXPECT_EQ(home.home.log.lines().back(), "Events this year: 3");
+}
+
+}  // namespace
+}  // namespace annivo
