@@ -154,6 +154,13 @@ std::string percentDecoded(std::string_view text) {
   return out;
 }
 
+std::string plainestText(std::string_view text) {
+  const std::string plain = unescapedText(escapedText(text));
+  const std::size_t start = plain.find_first_not_of(" \t\n");
+  if (start == plain.npos) return {};
+  return plain.substr(start, plain.find_last_not_of(" \t\n") + 1 - start);
+}
+
 std::string exactParameter(std::string_view text) {
   return std::string(";").append(kExactParameter) + "=" + percentEncoded(text, "-._~");
 }

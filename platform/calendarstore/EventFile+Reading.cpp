@@ -15,7 +15,7 @@ std::string titleFrom(const ContentLine& line) {
   if (line.parameters.empty()) return title;
   if (const auto parameter = line.parameter(kExactParameter)) {
     std::string exact = percentDecoded(*parameter);
-    if (unescapedText(escapedText(exact)) == title) return exact;
+    if (plainestText(exact) == plainestText(title)) return exact;
   }
   return title;
 }

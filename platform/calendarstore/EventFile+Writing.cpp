@@ -37,7 +37,7 @@ std::string contentLine(const std::string& head, std::string_view value, std::st
 std::string titleLine(const std::string& title, std::string_view lineEnd) {
   const std::string value = escapedText(title);
   std::string head = "SUMMARY";
-  if (unescapedText(value) != title) head += exactParameter(title);
+  if (plainestText(title) != title) head += exactParameter(title);
   return contentLine(head, value, lineEnd);
 }
 

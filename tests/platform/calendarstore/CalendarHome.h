@@ -50,12 +50,13 @@ class CalendarHome {
   CalendarHome(const CalendarHome&) = delete;
   CalendarHome& operator=(const CalendarHome&) = delete;
 
-  /// A store that knows nothing of what earlier ones found: that of another run.
+  /// A store that knows nothing of what earlier ones found: that of another run. It is store() from
+  /// now on.
   CalCalendarStore& newRun() {
-    store_ = std::make_unique<CalCalendarStore>(files, clock, log, zone, home);
-    return *store_;
+    stores_.push_back(std::make_unique<CalCalendarStore>(files, clock, log, zone, home));
+    return *stores_.back();
   }
-  CalCalendarStore& store() { return store_ ? *store_ : newRun(); }
+  CalCalendarStore& store() { return stores_.empty() ? newRun() : *stores_.back(); }
 
   /// Makes a calendar's folders; `account` is "" or "name.caldav/". Returns its path.
   std::string makeCalendar(const std::string& name, const std::string& info,
@@ -102,7 +103,7 @@ class CalendarHome {
   NSTimeZone zone;
 
  private:
-  std::unique_ptr<CalCalendarStore> store_;
+  std::vector<std::unique_ptr<CalCalendarStore>> stores_;
 };
 
 /// Midnight of a civil day in `zone`.

@@ -154,6 +154,8 @@ TEST(EventFileReading, BelievesAChangedTitleMoreThanTheExactOneBesideIt) {
   EXPECT_EQ(read(eventText("1", "SUMMARY;X-ANNIVO-EXACT=a%01b:ab\r\n"))->title(),
             "a\x01"
             "b");
+  EXPECT_EQ(read(eventText("1", "SUMMARY;X-ANNIVO-EXACT=a%20:a\r\n"))->title(), "a ")
+      << "some servers strip white space at the end";
   EXPECT_EQ(read(eventText("1", "SUMMARY;X-ANNIVO-EXACT=a%01b:other\r\n"))->title(), "other");
 }
 
