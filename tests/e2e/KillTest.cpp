@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <regex>
+#include <set>
+
+#include "tests/e2e/AgentHome.h"
+#include "tests/e2e/TracedAgent.h"
+
+namespace annivo {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kForeign =
+    "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VEVENT\r\nUID:own\r\nSUMMARY:Mine\r\n"
+    "DTSTART;VALUE=DATE:20261201\r\nX-MINE:kept\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n";
+
+const std::vector<StoredPerson> kBefore = {
+    personBorn("Ann", "Smith", {1980, 6, 10}), personBorn("Joe", "Dow", {1970, 1, 31}),
+    personWithDate("Bob", "Jones", "_$!<Anniversary>!$_", {2001, 3, 4})};
+/// Ann has another name, Joe is gone, Sue is new.
+const std::vector<StoredPerson> kAfter = {
+    [] {
+      auto ann = personBorn("Ann", "Smith", {1980, 6, 10});
+      ann.firstName = "Anna";
+      return ann;
+    }(),
+    personBorn("Sue", "Ray", {1990, 2, 28}),
+    personWithDate("Bob", "Jones", "_$!<Anniversary>!$_", {2001, 3, 4})};
+
+PropertyList::Dictionary preferences(bool running) {
+  return {{"appRunning", running},
+          {"birthCalTitle", "Birthdays"},
+          {"aneeCalTitle", "Anniversaries"},
+          {"birthCalUID", "none yet"},
+          {"aneeCalUID", "none yet either"},
+          {"titleBirthdays", PropertyList::Array{"First name", "type"}},
+          {"titleAnniversaries", PropertyList::Array{"First name", "type"}},
+          {"setEmail", "me@example.org"},
+          {"alarmTable", PropertyList::Array{}}};
+}
+
+void makeFirstRun(const AgentHome& home) {
+  home.setParent(preferences(true));
+  home.setContacts(kBefore);
+  home.addCalendar("N0N0N0N0-0000-4000-8000-000000000003", "Neighbour");
+  home.folder.writeFile(
+      "Library/Calendars/N0N0N0N0-0000-4000-8000-000000000003.calendar/Events/"
+      "own.ics",
+      kForeign);
+}
+void makeChangedContacts(const AgentHome& home) {
+  makeFirstRun(home);
+  ASSERT_EQ(home.run().status, 0);
+  home.setContacts(kAfter);
+}
+void makeSwitchedOff(const AgentHome& home) {
+  makeFirstRun(home);
+  ASSERT_EQ(home.run().status, 0);
+  auto parent = home.parent();
+  parent["appRunning"] = false;
+  home.setParent(parent);
+}
+
+std::string value(const std::string& text, const std::string& name) {
+  std::smatch match;
+  const std::regex pattern("name=\"" + name + "\" type=\"[a-z]+\">([^<]*)<");
+  return std::regex_search(text, match, pattern) ? match[1].str() : "nil";
+}
+
+/// What the home holds, in words that do not depend on drawn identifiers.
+std::multiset<std::string> stateOf(const AgentHome& home) {
+  std::multiset<std::string> state;
+  std::map<std::string, std::string> calendars;
+  std::map<std::string, std::string> events;
+  for (const auto& [path, content] : home.folder.snapshot()) {
+    const std::string name = path.substr(path.rfind('/') + 1);
+    if (path.ends_with(".calendar/Info.plist")) {
+      const auto info = parsePropertyList(content, path);
+      calendars[(*info)["Key"].stringOr("")] = (*info)["Title"].stringOr("?");
+      state.insert("calendar " + (*info)["Title"].stringOr("?"));
+    } else if (path.ends_with("own.ics")) {
+      state.insert(content == kForeign ? "own event untouched" : "own event changed");
+    } else if (path.ends_with(".ics") && !name.starts_with('.')) {
+      static const std::regex varying(
+          "(UID|CREATED|DTSTAMP|LAST-MODIFIED|SEQUENCE|X-ANNIVO[^:]*):"
+          "[^\n]*\n(?: [^\n]*\n)*");
+      events[name.substr(0, name.size() - 4)] = std::regex_replace(content, varying, "");
+    } else if (content != "/" && name != "Annivo 2.xml" && !path.starts_with("Library/Caches") &&
+               path.find("/AddressBook/") == std::string::npos &&
+               !path.starts_with("Library/Preferences/")) {
+      state.insert("stray file " + path);
+    } else if (name.ends_with(".tmp")) {
+      state.insert("stray " + path);
+    }
+  }
+  for (const auto& [uid, text] : events) state.insert("event " + text);
+  if (!home.folder.exists("Library/Application Support/Annivo 2/Annivo 2.xml")) return state;
+  const std::string ledger = home.ledger();
+  for (auto at = ledger.find("<object"); at != std::string::npos;
+       at = ledger.find("<object", at + 1)) {
+    const std::string object = ledger.substr(at, ledger.find("</object>", at) - at);
+    const auto event = events.find(value(object, "icaluid"));
+    state.insert("record " + value(object, "myuid") + " " +
+                 calendars[value(object, "calendaruid")] + " " + value(object, "date") + " -> " +
+                 (event == events.end() ? "nothing" : event->second));
+  }
+  const auto parent = home.parent();
+  for (const char* key : {"birthCalUID", "aneeCalUID"}) {
+    state.insert(std::string(key) + " " + calendars[PropertyList(parent)[key].stringOr("")]);
+  }
+  state.insert(PropertyList(parent)["appRunning"].isTheTrueObject() ? "on" : "off");
+  return state;
+}
+
+struct Scenario {
+  const char* name;
+  void (*make)(const AgentHome& home);
+};
+
+class Killed : public testing::TestWithParam<Scenario> {};
+
+TEST_P(Killed, AtAnyChangeOfAFileIsMadeGoodByTheNextRun) {
+  AgentHome undisturbed;
+  GetParam().make(undisturbed);
+  const auto complete = traceAgent(undisturbed.folder.path());
+  ASSERT_EQ(complete.status, 0);
+  const auto expected = stateOf(undisturbed);
+  const std::size_t count = complete.changes.size();
+  ASSERT_GT(count, 10U);
+  for (const auto& line : expected) EXPECT_FALSE(line.starts_with("stray")) << line;
+
+  AgentHome before;
+  GetParam().make(before);
+  for (std::size_t number = 1; number <= count; ++number) {
+    AgentHome home;
+    fs::copy(before.folder.path(), home.folder.path(),
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+    const auto killed = traceAgent(home.folder.path(), number);
+    ASSERT_TRUE(killed.killed) << number;
+    const auto next = home.run();
+    EXPECT_EQ(next.status, 0) << next.errors;
+    EXPECT_EQ(stateOf(home), expected)
+        << "killed at " << number << " of " << count << ": " << killed.changes.back();
+    if (HasFailure()) return;
+  }
+  std::printf("killed at each of %zu file-changing system calls\n", count);
+}
+
+INSTANTIATE_TEST_SUITE_P(Agent, Killed,
+                         testing::Values(Scenario{"InItsFirstRun", makeFirstRun},
+                                         Scenario{"AfterContactsChanged", makeChangedContacts},
+                                         Scenario{"WhenSwitchedOff", makeSwitchedOff}),
+                         [](const auto& scenario) { return std::string(scenario.param.name); });
+
+TEST(Traced, AnUnchangedSecondRunOpensNothingForWritingButLockAndTime) {
+  AgentHome home;
+  makeFirstRun(home);
+  ASSERT_EQ(home.run().status, 0);
+  home.setContacts(kBefore);  // Touched, so that there is a pass, with the same content.
+  const auto run = traceAgent(home.folder.path());
+  ASSERT_EQ(run.status, 0);
+  for (const auto& change : run.changes) {
+    const bool lock = change.find("Library/Caches/org.annivo.Annivo2.Agent/") != std::string::npos;
+    const bool time = change.find("org.annivo.Annivo2.Agent.plist") != std::string::npos;
+    const bool descriptor = change.find('/') == std::string::npos;  // Of one of the two.
+    EXPECT_TRUE(lock || time || descriptor) << change;
+  }
+  const auto idle = traceAgent(home.folder.path());
+  for (const auto& change : idle.changes) {
+    EXPECT_NE(change.find("Library/Caches/"), std::string::npos) << change;
+  }
+}
+
+}  // namespace
+}  // namespace annivo

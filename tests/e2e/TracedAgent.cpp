@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "tests/e2e/TracedAgent.h"
+
+#include <fcntl.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <stdexcept>
+
+#include "tests/e2e/AgentHome.h"
+
+namespace annivo {
+
+namespace {
+
+/// How the calls that may change a file name it.
+enum class Names { path, pathAfterFolder, twoPathsAfterFolders, openFlags, descriptor };
+
+struct Call {
+  const char* name;
+  Names names;
+};
+
+const std::map<std::uint64_t, Call>& changingCalls() {
+  static const std::map<std::uint64_t, Call> calls = {
+#ifdef SYS_rename
+      {SYS_rename, {"rename", Names::path}},
+      {SYS_unlink, {"unlink", Names::path}},
+      {SYS_mkdir, {"mkdir", Names::path}},
+      {SYS_rmdir, {"rmdir", Names::path}},
+      {SYS_creat, {"creat", Names::path}},
+      {SYS_link, {"link", Names::path}},
+      {SYS_symlink, {"symlink", Names::path}},
+      {SYS_chmod, {"chmod", Names::path}},
+#endif
+      {SYS_truncate, {"truncate", Names::path}},
+      {SYS_renameat, {"renameat", Names::twoPathsAfterFolders}},
+      {SYS_renameat2, {"renameat2", Names::twoPathsAfterFolders}},
+      {SYS_unlinkat, {"unlinkat", Names::pathAfterFolder}},
+      {SYS_mkdirat, {"mkdirat", Names::pathAfterFolder}},
+      {SYS_linkat, {"linkat", Names::twoPathsAfterFolders}},
+      {SYS_symlinkat, {"symlinkat", Names::path}},
+      {SYS_fchmodat, {"fchmodat", Names::pathAfterFolder}},
+      {SYS_utimensat, {"utimensat", Names::pathAfterFolder}},
+      {SYS_openat, {"openat", Names::openFlags}},
+      {SYS_write, {"write", Names::descriptor}},
+      {SYS_writev, {"writev", Names::descriptor}},
+      {SYS_pwrite64, {"pwrite64", Names::descriptor}},
+      {SYS_pwritev, {"pwritev", Names::descriptor}},
+      {SYS_ftruncate, {"ftruncate", Names::descriptor}},
+      {SYS_fallocate, {"fallocate", Names::descriptor}},
+      {SYS_fchmod, {"fchmod", Names::descriptor}},
+      {SYS_fsync, {"fsync", Names::descriptor}},
+      {SYS_fdatasync, {"fdatasync", Names::descriptor}},
+      {SYS_syncfs, {"syncfs", Names::descriptor}},
+  };
+  return calls;
+}
+
+std::string textAt(pid_t child, std::uint64_t address) {
+  std::string text;
+  for (;; address += sizeof(long)) {
+    errno = 0;
+    const long word = ptrace(PTRACE_PEEKDATA, child, address, nullptr);
+    if (errno != 0) return text;
+    const char* bytes = reinterpret_cast<const char*>(&word);
+    for (std::size_t i = 0; i < sizeof word; ++i) {
+      if (bytes[i] == '\0') return text;
+      text += bytes[i];
+    }
+  }
+}
+
+/// The change that the child is about to make, if it is one.
+std::optional<std::string> changeAtEntry(pid_t child) {
+  __ptrace_syscall_info info{};
+  if (ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info) < 0 ||
+      info.op != PTRACE_SYSCALL_INFO_ENTRY) {
+    return std::nullopt;
+  }
+  const auto found = changingCalls().find(info.entry.nr);
+  if (found == changingCalls().end()) return std::nullopt;
+  const auto& arguments = info.entry.args;
+  const std::string name = std::string(found->second.name) + " ";
+  switch (found->second.names) {
+    case Names::path:
+      return name + textAt(child, arguments[0]);
+    case Names::pathAfterFolder:
+      return name + textAt(child, arguments[1]);
+    case Names::twoPathsAfterFolders:
+      return name + textAt(child, arguments[1]);
+    case Names::openFlags: {
+      const bool writes = (arguments[2] & (O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)) != 0;
+      const std::string path = textAt(child, arguments[1]);
+      if (!writes || path.starts_with("/dev/")) return std::nullopt;
+      return name + path;
+    }
+    case Names::descriptor:
+      if (arguments[0] <= 2) return std::nullopt;  // The log.
+      return name + std::to_string(arguments[0]);
+  }
+  return std::nullopt;
+}
+
+pid_t startStopped(const std::string& home) {
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error("no process");
+  if (child > 0) return child;
+  const int nothing = open("/dev/null", O_RDWR);
+  for (const int standard : {0, 1, 2}) dup2(nothing, standard);
+  ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+  raise(SIGSTOP);
+  std::string executable = AgentHome::agentExecutable();
+  std::string variables[] = {"HOME=" + home, "TZ=UTC", "LANG=en_US.UTF-8"};
+  char* const arguments[] = {executable.data(), nullptr};
+  char* const environment[] = {variables[0].data(), variables[1].data(), variables[2].data(),
+                               nullptr};
+  execve(executable.c_str(), arguments, environment);
+  _exit(127);
+}
+
+}  // namespace
+
+TracedRun traceAgent(const std::string& home, std::size_t killAt) {
+  TracedRun run;
+  const pid_t child = startStopped(home);
+  int status = 0;
+  waitpid(child, &status, 0);
+  ptrace(PTRACE_SETOPTIONS, child, nullptr,
+         PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL | PTRACE_O_TRACEEXEC);
+  int signal = 0;
+  while (ptrace(PTRACE_SYSCALL, child, nullptr, signal) == 0) {
+    waitpid(child, &status, 0);
+    if (!WIFSTOPPED(status)) break;
+    const int stopped = WSTOPSIG(status);
+    signal = stopped == (SIGTRAP | 0x80) || stopped == SIGTRAP ? 0 : stopped;
+    if (stopped != (SIGTRAP | 0x80)) continue;
+    auto change = changeAtEntry(child);
+    if (!change) continue;
+    run.changes.push_back(std::move(*change));
+    if (run.changes.size() != killAt) continue;
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+    run.killed = true;
+    return run;
+  }
+  run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  return run;
+}
+
+}  // namespace annivo
