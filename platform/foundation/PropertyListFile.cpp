@@ -17,58 +17,76 @@ namespace {
 using Node = std::unique_ptr<void, decltype(&plist_free)>;
 
 /// Counts what is in an XML form without building it: libplist takes a stack frame for each level
-/// and an allocation for each node.
+/// and an allocation for each node. Whatever could make the two count differently is refused.
 class XMLScan {
  public:
-  explicit XMLScan(std::string_view text) : rest_(text) {}
+  XMLScan(std::string_view text, const PropertyListLimits& limits) : rest_(text), limits_(limits) {}
 
   /// Why the text may not be given to libplist; null when it may.
-  const char* objection(const PropertyListLimits& limits) {
-    std::size_t nodes = 0;
-    std::size_t depth = 0;
+  const char* objection() {
     while (skipTo("<")) {
+      const char* reason = nullptr;
       if (rest_.starts_with("<!--")) {
-        if (!skipBehind("-->")) return "A comment has no end.";
+        reason = skipBehind("-->");
       } else if (rest_.starts_with("<![CDATA[")) {
-        if (!skipBehind("]]>")) return "A text has no end.";
-      } else if (rest_.starts_with("<!DOCTYPE")) {
-        if (rest_.substr(0, rest_.find('>')).find('[') != std::string_view::npos) {
-          return "It declares entities.";
-        }
-      } else if (rest_.starts_with("</")) {
-        if (isCollection(2) && depth > 0) --depth;
+        reason = skipBehind("]]>");
+      } else if (rest_.starts_with("<?")) {
+        reason = skipBehind("?>");
       } else {
-        const std::size_t end = std::min(rest_.find('>'), rest_.size());
-        const bool empty = end > 0 && rest_[end - 1] == '/';
-        if (++nodes > limits.nodes) return "It holds too many values.";
-        if (isCollection(1) && !empty && ++depth > limits.depth) return "It is nested too deeply.";
+        reason = tag(rest_.substr(0, rest_.find('>')));
       }
-      if (!rest_.empty()) rest_.remove_prefix(1);
+      if (reason) return reason;
+      rest_.remove_prefix(1);
     }
     return nullptr;
   }
 
  private:
+  static constexpr const char* kNotWellFormed = "It is no well-formed property list.";
+
   bool skipTo(std::string_view mark) {
     rest_.remove_prefix(std::min(rest_.find(mark), rest_.size()));
     return !rest_.empty();
   }
-  bool skipBehind(std::string_view mark) {
-    const bool found = skipTo(mark);
-    rest_.remove_prefix(std::min(mark.size() - 1, rest_.size()));
-    return found;
+
+  const char* skipBehind(std::string_view mark) {
+    if (!skipTo(mark)) return kNotWellFormed;
+    rest_.remove_prefix(mark.size() - 1);
+    return nullptr;
   }
-  [[nodiscard]] bool isCollection(std::size_t at) const {
-    const std::string_view name = rest_.substr(at);
-    return name.starts_with("dict") || name.starts_with("array");
+
+  /// Takes note of a tag, given without its ">".
+  const char* tag(std::string_view text) {
+    if (text.starts_with("<!")) {
+      return text.find('[') == std::string_view::npos ? nullptr : "It declares entities.";
+    }
+    const bool closes = text.starts_with("</");
+    const std::string_view inner = text.substr(closes ? 2 : 1);
+    const std::string_view name = inner.substr(0, inner.find_first_of(" \t\r\n/"));
+    const bool collection = name == "dict" || name == "array";
+    if (closes) {
+      if (collection && (leafIsOpen_ || depth_-- == 0)) return kNotWellFormed;
+      leafIsOpen_ = false;
+      return nullptr;
+    }
+    if (leafIsOpen_) return kNotWellFormed;
+    if (++nodes_ > limits_.nodes) return "It holds too many values.";
+    if (text.ends_with('/')) return nullptr;
+    if (collection && ++depth_ > limits_.depth) return "It is nested too deeply.";
+    leafIsOpen_ = !collection && name != "plist";
+    return nullptr;
   }
 
   std::string_view rest_;
+  const PropertyListLimits& limits_;
+  std::size_t nodes_ = 0;
+  std::size_t depth_ = 0;
+  bool leafIsOpen_ = false;  ///< within a text, number, date or data, which holds no tags
 };
 
 std::optional<PropertyList> readXML(std::string_view bytes, const PropertyListLimits& limits,
                                     std::string& reason) {
-  if (const char* objection = XMLScan(bytes).objection(limits)) {
+  if (const char* objection = XMLScan(bytes, limits).objection()) {
     reason = objection;
     return std::nullopt;
   }
