@@ -6,10 +6,8 @@ add_executable(annivo_agent ${CMAKE_SOURCE_DIR}/run/main.cpp)
 target_link_libraries(annivo_agent PRIVATE annivo_options annivo_run annivo_platform)
 set_target_properties(annivo_agent PROPERTIES OUTPUT_NAME AnnivoAgent
   RUNTIME_OUTPUT_DIRECTORY "${ANNIVO_AGENT_APP}/Contents/Linux")
-if(NOT ANNIVO_SANITIZE)
-  # Most of what a run without work costs is the loading of shared libraries.
-  target_link_options(annivo_agent PRIVATE -static-libstdc++ -static-libgcc -Wl,--as-needed)
-endif()
+# Most of what a run without work costs is the loading of shared libraries.
+target_link_options(annivo_agent PRIVATE -Wl,--as-needed)
 
 # Resources: every file under resources/<from> at <to>, copied when it changes.
 set(annivo_resources)
