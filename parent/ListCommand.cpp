@@ -65,7 +65,10 @@ void listCommand(Session& session, const std::optional<std::string>& from, int d
 
   CalCalendarStore& store = platform.defaultCalendarStore();
   auto events = store.events(start, end, store.calendars());
-  std::erase_if(events, [](const auto& event) { return !event->ledgerIdentity(); });
+  // An event of the day before ends at the first moment asked for.
+  std::erase_if(events, [&](const auto& event) {
+    return !event->ledgerIdentity() || event->startDate() < start;
+  });
   std::stable_sort(events.begin(), events.end(), [](const auto& left, const auto& right) {
     return std::pair(left->startDate(), left->title()) <
            std::pair(right->startDate(), right->title());

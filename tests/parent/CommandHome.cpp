@@ -24,8 +24,9 @@ CommandOutcome CommandHome::run(const std::vector<std::string>& words) {
       break;
     case CommandLine::Outcome::command: {
       console.json = commandLine.json();
-      Session session{home.platform(), console, home.productPath() + "/Contents/Linux/annivo",
-                      [](const char*) { return std::string(); }};
+      Session session{
+          home.platform(), console, home.productPath() + "/Contents/Linux/annivo",
+          [](const char* name) { return std::string(name == std::string("TZ") ? "UTC" : ""); }};
       try {
         commandLine.run(session);
         outcome.status = 0;
