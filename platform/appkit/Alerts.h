@@ -10,11 +10,11 @@ namespace annivo {
 
 /// A modal question or message. Absent buttons are "".
 struct NSAlert {
-  std::string messageText;
+  std::string messageText{};
   std::string defaultButton = "OK";
-  std::string alternateButton;
-  std::string otherButton;
-  std::string informativeText;
+  std::string alternateButton{};
+  std::string otherButton{};
+  std::string informativeText{};
 };
 
 enum class AlertAnswer { alternate = 0, defaultButton = 1, other = -1 };

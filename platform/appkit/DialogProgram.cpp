@@ -30,10 +30,7 @@ std::string titleOf(const NSAlert& alert) {
   return text.substr(0, text.find('\n'));
 }
 
-/// zenity resolves backslash escapes in its text, and button titles take "_" for a mnemonic.
-std::string zenityText(const std::string& text) {
-  return replacing(displayableText(text), {{'\\', "\\\\"}});
-}
+/// Button titles take "_" for the mark of a mnemonic.
 std::string zenityButton(const std::string& title) {
   return replacing(displayableText(title), {{'_', "__"}, {'\n', " "}});
 }
@@ -44,7 +41,7 @@ std::vector<std::string> zenityArguments(const NSAlert& alert) {
                                      "--no-markup",
                                      "--width=420",
                                      "--title=" + titleOf(alert),
-                                     "--text=" + zenityText(textOf(alert)),
+                                     "--text=" + displayableText(textOf(alert)),
                                      "--ok-label=" + zenityButton(buttons.front().title)};
   if (buttons.size() > 1) {
     arguments.push_back("--cancel-label=" + zenityButton(buttons.back().title));
