@@ -152,13 +152,16 @@ void expectReadBySomebodyElse(const std::string& text, const CalEvent& event) {
   const Component calendar(icalparser_parse_string(text.c_str()));
   ASSERT_TRUE(calendar);
   ASSERT_EQ(icalcomponent_isa(calendar.get()), ICAL_VCALENDAR_COMPONENT);
-  EXPECT_EQ(icalcomponent_count_errors(calendar.get()), 0);
+  // A property with an empty value, which a title may be, is dropped by libical with a complaint.
+  const std::string title = withoutSpaceAtTheEnds(unescapedText(escapedText(*event.title())));
+  EXPECT_EQ(icalcomponent_count_errors(calendar.get()), title.empty() ? 1 : 0);
   EXPECT_EQ(icalcomponent_count_components(calendar.get(), ICAL_ANY_COMPONENT), 1);
   icalcomponent* vevent = icalcomponent_get_first_component(calendar.get(), ICAL_VEVENT_COMPONENT);
   ASSERT_TRUE(vevent);
   EXPECT_EQ(icalcomponent_get_uid(vevent), event.uid());
-  EXPECT_EQ(icalproperty_get_summary(property(vevent, ICAL_SUMMARY_PROPERTY)),
-            withoutSpaceAtTheEnds(unescapedText(escapedText(*event.title()))));
+  if (!title.empty()) {
+    EXPECT_EQ(icalproperty_get_summary(property(vevent, ICAL_SUMMARY_PROPERTY)), title);
+  }
   expectDay(icalproperty_get_dtstart(property(vevent, ICAL_DTSTART_PROPERTY)), *event.startDate(),
             0);
   expectDay(icalproperty_get_dtend(property(vevent, ICAL_DTEND_PROPERTY)), *event.endDate(), 1);
