@@ -47,8 +47,25 @@ if(EXISTS ${CMAKE_SOURCE_DIR}/parent/main.cpp)
 endif()
 
 include(GNUInstallDirs)
-install(DIRECTORY "${ANNIVO_APP}" DESTINATION ${CMAKE_INSTALL_LIBDIR}/annivo USE_SOURCE_PERMISSIONS)
+install(DIRECTORY "${ANNIVO_APP}" DESTINATION lib/annivo USE_SOURCE_PERMISSIONS)
 install(CODE "
   file(MAKE_DIRECTORY \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin\")
-  file(CREATE_LINK \"../${CMAKE_INSTALL_LIBDIR}/annivo/Annivo 2.app/Contents/Linux/annivo\"
+  file(CREATE_LINK \"../lib/annivo/Annivo 2.app/Contents/Linux/annivo\"
     \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/annivo\" SYMBOLIC)")
+install(FILES ${CMAKE_SOURCE_DIR}/docs/man/annivo.1 ${CMAKE_SOURCE_DIR}/docs/man/AnnivoAgent.1
+  DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+# The shells' completions, as the command itself prints them.
+set(ANNIVO_COMPLETIONS bash:bash-completion/completions/annivo zsh:zsh/site-functions/_annivo
+  fish:fish/vendor_completions.d/annivo.fish)
+foreach(completion IN LISTS ANNIVO_COMPLETIONS)
+  string(REPLACE ":" ";" completion ${completion})
+  list(GET completion 0 shell)
+  list(GET completion 1 file)
+  install(CODE "
+    set(file \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/${file}\")
+    get_filename_component(folder \"\${file}\" DIRECTORY)
+    file(MAKE_DIRECTORY \"\${folder}\")
+    execute_process(COMMAND \"${CMAKE_COMMAND}\" -E env \"HOME=${CMAKE_BINARY_DIR}\" \"$<TARGET_FILE:annivo-cli>\" completions ${shell}
+      OUTPUT_FILE \"\${file}\" COMMAND_ERROR_IS_FATAL ANY)")
+endforeach()
