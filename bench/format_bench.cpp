@@ -54,7 +54,7 @@ void formatARecord(benchmark::State& state) {
   record.personUID = record.dateUID;
   const Date day{std::chrono::sys_days{std::chrono::year{1980} / 6 / 10} + std::chrono::hours{12}};
   int people = 0;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     record.thisDate = day + std::chrono::days{++people % 15000};
     benchmark::DoNotOptimize(formatter.eventsForOriginal(record));
   }
