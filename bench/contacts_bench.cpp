@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "contacts/ZPKAddressBookDates.h"
+#include "platform/addressbook/AddressBookStoreWriter.h"
 
 namespace annivo {
 namespace {

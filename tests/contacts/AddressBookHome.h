@@ -56,7 +56,7 @@ struct AddressBookHome : TestHome {
   void useSystem(const std::string& productVersion) {
     const std::string system = productPath() + "/Contents/SharedSupport/System/";
     const std::string resources = std::string(ANNIVO_SOURCE_DIR) + "/resources/system/Library/";
-    std::filesystem::remove(system + "Library");
+    std::filesystem::remove_all(system + "Library");
     std::filesystem::create_directories(system + "Library/CoreServices");
     std::filesystem::create_directory_symlink(resources + "Frameworks",
                                               system + "Library/Frameworks");

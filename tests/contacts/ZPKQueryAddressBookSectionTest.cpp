@@ -223,7 +223,6 @@ TEST_P(EveryStore, EachModelReadsIt) {
     EXPECT_EQ(items("ABCDContact").dates.size(), 1U);
     EXPECT_EQ(items("ABCDContactDate").dates.size(), 1U);
     EXPECT_EQ(groupsOf(items("ABCDContact").dates[0]), Texts{"A"});
-    home.useSystem(version);
   }
   EXPECT_TRUE(home.alerts.shown().empty());
 }
