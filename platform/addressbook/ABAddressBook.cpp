@@ -48,8 +48,10 @@ Result<std::optional<OwnRecord>> ownRecord(const SQLiteDatabase& database,
     return Error{Error::Kind::malformed, "NSCocoaErrorDomain", 0,
                  "The contacts store " + path + " has no table of records.", ""};
   }
-  const std::string named = "Z_PK IN (SELECT " + table->column("ZME") + " FROM ZABCDRECORD)";
-  const std::string marked = table->column("ZCONTAINERWHERECONTACTISME") + " IS NOT NULL";
+  // Keys are positive; asked so, an index on the column serves where the store has one.
+  const std::string me = table->column("ZME");
+  const std::string named = "Z_PK IN (SELECT " + me + " FROM ZABCDRECORD WHERE " + me + " > 0)";
+  const std::string marked = table->column("ZCONTAINERWHERECONTACTISME") + " > 0";
   for (const std::string& condition : {named, marked}) {
     auto query =
         database.prepare("SELECT Z_PK, " + table->column("ZUNIQUEID") + " FROM ZABCDRECORD WHERE " +

@@ -190,6 +190,8 @@ std::string StoreSchema::indices() const {
   };
   add("ZABCDRECORD", "Z_ENT");
   add("ZABCDRECORD", "ZUNIQUEID");
+  add("ZABCDRECORD", "ZME");
+  if (generation_ == current) add("ZABCDRECORD", "ZCONTAINERWHERECONTACTISME");
   add("ZABCDCONTACTDATE", "ZOWNER");
   add("ZABCDEMAILADDRESS", "ZOWNER");
   add("ZABCDPHONENUMBER", "ZOWNER");
