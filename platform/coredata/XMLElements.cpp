@@ -29,16 +29,16 @@ bool XMLElements::skipMarkup() {
   if (at("<!--")) return skipPast("-->", at_ + 4);
   if (at("<![CDATA[")) return skipPast("]]>", at_ + 9);
   if (at("<?")) return skipPast("?>", at_ + 2);
-  for (std::size_t i = at_ + 1;; ++i) {
-    i = text_.find_first_of("\"'>", i);
-    if (i == npos) return false;
-    if (text_[i] == '>') {
+  for (std::size_t i = at_ + 1; i < text_.size(); ++i) {
+    const char c = text_[i];
+    if (c == '>') {
       at_ = i + 1;
       return true;
     }
-    i = text_.find(text_[i], i + 1);
-    if (i == npos) return false;
+    if (c == '"' || c == '\'') i = text_.find(c, i + 1);
+    if (i == npos) break;
   }
+  return false;
 }
 
 bool XMLElements::skipMiscellany() {

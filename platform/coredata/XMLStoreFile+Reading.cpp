@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <charconv>
-#include <memory>
 
 #include <pugixml.hpp>
 
@@ -43,23 +42,27 @@ std::optional<std::int64_t> objectNumber(std::string_view id) {
   return value && *value > 0 && *value <= kHighestID ? value : std::nullopt;
 }
 
-bool equalFolded(std::string_view given, std::string_view modelled, int (*fold)(int)) {
+char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+/// Whether `given` is the name in the model with each letter of it folded.
+template <char (*fold)(char)>
+bool isFolded(std::string_view given, std::string_view modelled) {
   return std::equal(given.begin(), given.end(), modelled.begin(), modelled.end(),
-                    [&](char a, char b) { return a == static_cast<char>(fold(b)); });
+                    [](char a, char b) { return a == fold(b); });
 }
-int upper(int c) { return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c; }
-int lower(int c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; }
 
 const NSEntityDescription* entityForType(const NSManagedObjectModel& model, std::string_view type) {
   for (const auto& [name, entity] : model.entities()) {
-    if (equalFolded(type, name, upper)) return &entity;
+    if (isFolded<upper>(type, name)) return &entity;
   }
   return nullptr;
 }
 
 std::string textOf(const pugi::xml_node& element) {
-  std::string text;
-  for (const auto& child : element.children()) text += child.value();
+  const auto first = element.first_child();
+  std::string text = first.value();
+  for (auto more = first.next_sibling(); more; more = more.next_sibling()) text += more.value();
   return text;
 }
 
@@ -83,18 +86,20 @@ PropertyList attributeValue(AttributeType type, std::string_view storedAs, std::
   return value ? PropertyList(*value) : PropertyList();
 }
 
-/// Fills `attributes`, by index; returns whether every value could be read.
-bool readAttributes(const pugi::xml_node& object, const NSEntityDescription& entity,
-                    const std::function<PropertyList&(std::size_t)>& attributeAt) {
+/// Hands each attribute's index and value to `take`; returns whether every value could be read.
+template <typename Take>
+bool readAttributes(const pugi::xml_node& object, const NSEntityDescription& entity, Take take) {
   bool readable = true;
-  for (const auto& child : object.children("attribute")) {
+  for (auto child = object.first_child(); child; child = child.next_sibling()) {
+    if (std::string_view(child.name()) != "attribute") continue;
     const std::string_view name = child.attribute("name").value();
     for (std::size_t i = 0; i < entity.attributes.size(); ++i) {
       const auto& attribute = entity.attributes[i];
-      if (!equalFolded(name, attribute.name, lower)) continue;
+      if (!isFolded<lower>(name, attribute.name)) continue;
       auto value = attributeValue(attribute.type, child.attribute("type").value(), textOf(child));
       readable = readable && !value.isNil();
-      attributeAt(i) = std::move(value);
+      take(i, std::move(value));
+      break;
     }
   }
   return readable;
@@ -194,8 +199,9 @@ class Reader {
     row.offset = static_cast<std::uint32_t>(element.begin);
     row.length = static_cast<std::uint32_t>(element.end - element.begin);
     row.saved = true;
-    if (!readAttributes(node, *entity_,
-                        [&](std::size_t i) -> PropertyList& { return row.attributeAt(i); })) {
+    if (!readAttributes(node, *entity_, [&](std::size_t i, PropertyList value) {
+          row.attributeAt(i) = std::move(value);
+        })) {
       content_.notes.push_back("The object " + std::string(id) +
                                " has a value that cannot be read.");
     }
@@ -251,8 +257,9 @@ Result<std::vector<XMLStoreChange>> parseXMLChanges(std::string_view fragment,
       change.entity = entityForType(model, node.attribute("type").value());
       if (!change.entity) return malformed("A change is of an unknown entity.");
       change.attributes.resize(change.entity->attributes.size());
-      readAttributes(node, *change.entity,
-                     [&](std::size_t i) -> PropertyList& { return change.attributes[i]; });
+      readAttributes(node, *change.entity, [&](std::size_t i, PropertyList value) {
+        change.attributes[i] = std::move(value);
+      });
     } else if (name != "removed") {
       return malformed("A change is of an unknown kind.");
     }

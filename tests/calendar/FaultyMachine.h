@@ -64,8 +64,48 @@ class FaultyMachine {
   /// Calendars, ledger and preferences in words that do not depend on identifiers, and every file
   /// that should not be there.
   std::string state() {
-    Platform& platform = start();
-    std::ostringstream out;
+    std::string found = stateOf(start());
+    home_.endRun();
+    return found;
+  }
+  /// Whether the person or the log was told of `path`.
+  [[nodiscard]] bool told(const std::string& path) const {
+    if (home_.log.count(path) > 0) return true;
+    return std::any_of(
+        home_.alerts.shown().begin(), home_.alerts.shown().end(),
+        [&](const NSAlert& alert) { return textOf(alert).find(path) != std::string::npos; });
+  }
+  void forgetMessages() {
+    home_.log.clear();
+    home_.alerts.clear();
+  }
+
+ private:
+  /// The product's folder from the disk, everything else from memory.
+  class Files final : public ForwardingFileManager {
+   public:
+    Files(NSFileManager& inner, std::string product)
+        : ForwardingFileManager(inner), product_(std::move(product)) {}
+    Result<FileAttributes> attributesAtPath(const std::string& path, Links links) const override {
+      return of(path).attributesAtPath(path, links);
+    }
+    Result<std::string> contentsAtPath(const std::string& path, std::size_t limit) const override {
+      return of(path).contentsAtPath(path, limit);
+    }
+    Result<std::vector<DirectoryEntry>> contentsOfDirectory(
+        const std::string& path) const override {
+      return of(path).contentsOfDirectory(path);
+    }
+
+   private:
+    [[nodiscard]] const NSFileManager& of(const std::string& path) const {
+      return path.starts_with(product_) ? static_cast<const NSFileManager&>(disk_) : inner_;
+    }
+    PosixFileManager disk_;
+    std::string product_;
+  };
+
+  std::string stateOf(Platform& platform) {
     std::map<std::string, std::string> calendarNames;
     std::map<std::string, std::string> eventNames;
     std::multiset<std::string> lines;
@@ -108,47 +148,10 @@ class FaultyMachine {
                                       name == "Annivo 2.xml";
       if (!expected) lines.insert("stray file " + path);
     }
-    home_.endRun();
+    std::ostringstream out;
     for (const auto& line : lines) out << line << '\n';
     return out.str();
   }
-
-  /// Whether the person or the log was told of `path`.
-  [[nodiscard]] bool told(const std::string& path) const {
-    if (home_.log.count(path) > 0) return true;
-    return std::any_of(
-        home_.alerts.shown().begin(), home_.alerts.shown().end(),
-        [&](const NSAlert& alert) { return textOf(alert).find(path) != std::string::npos; });
-  }
-  void forgetMessages() {
-    home_.log.clear();
-    home_.alerts.clear();
-  }
-
- private:
-  /// The product's folder from the disk, everything else from memory.
-  class Files final : public ForwardingFileManager {
-   public:
-    Files(NSFileManager& inner, std::string product)
-        : ForwardingFileManager(inner), product_(std::move(product)) {}
-    Result<FileAttributes> attributesAtPath(const std::string& path, Links links) const override {
-      return of(path).attributesAtPath(path, links);
-    }
-    Result<std::string> contentsAtPath(const std::string& path, std::size_t limit) const override {
-      return of(path).contentsAtPath(path, limit);
-    }
-    Result<std::vector<DirectoryEntry>> contentsOfDirectory(
-        const std::string& path) const override {
-      return of(path).contentsOfDirectory(path);
-    }
-
-   private:
-    [[nodiscard]] const NSFileManager& of(const std::string& path) const {
-      return path.starts_with(product_) ? static_cast<const NSFileManager&>(disk_) : inner_;
-    }
-    PosixFileManager disk_;
-    std::string product_;
-  };
 
   Platform& start() {
     home_.endRun();

@@ -113,7 +113,7 @@ TEST_F(StaleEvents, AFailedRemovalIsLoggedAndTheRecordGoesAllTheSame) {
   home.run([&](ZPKCalendarItems& writer) {
     files.failChange(2, EIO);  // After the mark.
     writer.removeOtherEvents();
-    ASSERT_EQ(files.changes()[1].path, path);
+    ASSERT_EQ(files.changes().at(1).path, path);
   });
   EXPECT_EQ(logged(path), 1U);
   EXPECT_TRUE(home.ledger().empty());

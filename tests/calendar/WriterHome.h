@@ -88,18 +88,8 @@ class WriterHome {
   /// The records of the ledger, in the order of their numbers.
   std::vector<Record> ledger() {
     home.endRun();
-    core_data_for_dates_AppDelegate store(home.platform());
-    const auto fetched =
-        store.managedObjectContext()->executeFetchRequest({.entity = "Event", .predicate = {}});
-    std::vector<Record> records;
-    if (!fetched) return records;
-    for (const NSManagedObject* object : *fetched) {
-      const auto* date = object->valueForKey("date").date();
-      records.push_back({.myUID = object->valueForKey("myUID").stringOr("(nil)"),
-                         .calendarUID = object->valueForKey("calendarUID").stringOr("(nil)"),
-                         .date = date ? std::optional(*date) : std::nullopt,
-                         .iCalUID = object->valueForKey("iCalUID").stringOr("(nil)")});
-    }
+    std::vector<Record> records = readLedger();
+    home.endRun();
     return records;
   }
   /// A ledger file with the given objects' elements in it.
@@ -113,6 +103,23 @@ class WriterHome {
                        "        <nextObjectID>105</nextObjectID>\n"
                        "        <metadata></metadata>\n    </databaseInfo>\n" +
                        objects + "</database>\n");
+  }
+
+ private:
+  std::vector<Record> readLedger() {
+    core_data_for_dates_AppDelegate store(home.platform());
+    const auto fetched =
+        store.managedObjectContext()->executeFetchRequest({.entity = "Event", .predicate = {}});
+    std::vector<Record> records;
+    if (!fetched) return records;
+    for (const NSManagedObject* object : *fetched) {
+      const auto* date = object->valueForKey("date").date();
+      records.push_back({.myUID = object->valueForKey("myUID").stringOr("(nil)"),
+                         .calendarUID = object->valueForKey("calendarUID").stringOr("(nil)"),
+                         .date = date ? std::optional(*date) : std::nullopt,
+                         .iCalUID = object->valueForKey("iCalUID").stringOr("(nil)")});
+    }
+    return records;
   }
 };
 

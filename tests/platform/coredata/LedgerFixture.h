@@ -18,7 +18,6 @@ namespace annivo {
 class LedgerFixture {
  public:
   LedgerFixture() {
-    PosixFileManager disk;
     auto loaded = NSManagedObjectModel::initWithContentsOfURL(
         disk, std::string(ANNIVO_SOURCE_DIR) + "/resources/agent/Resources/Ledger.mom");
     EXPECT_TRUE(loaded.ok());

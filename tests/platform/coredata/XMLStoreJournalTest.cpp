@@ -200,6 +200,28 @@ TEST_F(XMLStoreJournalFile, ASaveCostsTheSameInALedgerOfAnySize) {
   EXPECT_LT(written[0], 1000U);
 }
 
+TEST_F(XMLStoreJournalFile, TheWorkedExampleOfTheDocumentIsRight) {
+  const auto document = files.contentsAtPath(ANNIVO_SOURCE_DIR "/docs/formats/ledger.md", 1 << 20);
+  ASSERT_TRUE(document.ok());
+  const auto block = [&](const std::string& begin) {
+    const auto at = document->find(begin) + begin.size();
+    return document->substr(at, document->find("```", at) - at);
+  };
+  write(block("```xml\n"));
+  auto store = open();
+  NSManagedObject* known = all(*store).front();
+  NSManagedObject& added = insert(*store, "0C9A6D2B-8F34-4A1E-B7D0-5E2C8A9F1B63",
+                                  kReferenceDate + std::chrono::seconds{819892800});
+  set(*store, added, "calendarUID", known->valueForKey("calendarUID"));
+  set(*store, added, "iCalUID", "C5D7E9F1-1B3D-4F5A-8C7E-0A2B4C6D8E0F");
+  ASSERT_TRUE(store->save().ok());
+  set(*store, *known, "iCalUID", "F0E1D2C3-B4A5-4687-9788-796A5B4C3D2E");
+  ASSERT_TRUE(store->save().ok());
+  store->remove(added);
+  ASSERT_TRUE(store->save().ok());
+  EXPECT_EQ(journal(), block("3. removes z103 again.\n\n```\n"));
+}
+
 TEST_F(XMLStoreJournalFile, WhatComesAndGoesBetweenTwoSavesIsNeverWritten) {
   fill({"a"});
   auto store = open();

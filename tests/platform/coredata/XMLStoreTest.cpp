@@ -144,7 +144,9 @@ TEST_F(XMLStore, AnyTextIsFoundAgainAsItWasGiven) {
     auto store = open();
     for (std::size_t i = 0; i < texts.size(); ++i) {
       set(*store, insert(*store, std::to_string(i)), "iCalUID", texts[i]);
-      if (i % 7 == 0) ASSERT_TRUE(store->save().ok());
+      if (i % 7 == 0) {
+        ASSERT_TRUE(store->save().ok());
+      }
     }
     ASSERT_TRUE(store->save().ok());
   }
