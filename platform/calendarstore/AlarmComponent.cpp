@@ -50,7 +50,7 @@ void appendURL(std::string& out, const std::string& url, std::string_view lineEn
 
 std::string urlFrom(const ContentLine& line) {
   if (const auto exact = line.parameter(kExactParameter)) {
-    std::string url = percentDecoded(*exact);
+    std::string url = underscoreDecoded(*exact);
     if (escapedURI(url) == line.value) return url;
   }
   return std::string(line.value);
@@ -70,8 +70,8 @@ void appendAlarm(std::string& out, const CalAlarm& alarm, std::string_view lineE
   // An alarm has one action; what else it carries stands in properties of our own.
   const bool opensFile = alarm.url && !alarm.emailAddress;
   const bool plays = alarm.sound && !alarm.emailAddress && !alarm.url;
-  if (alarm.url && !opensFile) line("X-ANNIVO-URL", percentEncoded(*alarm.url, kPlainInSound));
-  if (alarm.sound && !plays) line("X-ANNIVO-SOUND", percentEncoded(*alarm.sound, kPlainInSound));
+  if (alarm.url && !opensFile) line("X-ANNIVO-URL", underscoreEncoded(*alarm.url));
+  if (alarm.sound && !plays) line("X-ANNIVO-SOUND", underscoreEncoded(*alarm.sound));
   if (alarm.emailAddress) {
     line("ATTENDEE", "mailto:" + percentEncoded(*alarm.emailAddress, kPlainInAddress));
     line("SUMMARY", kDescription);
@@ -112,9 +112,9 @@ void AlarmReader::read(const ContentLine& line) {
     }
     attendee_ = percentDecoded(address);
   } else if (line.named("X-ANNIVO-URL")) {
-    alarm_.url = percentDecoded(line.value);
+    alarm_.url = underscoreDecoded(line.value);
   } else if (line.named("X-ANNIVO-SOUND")) {
-    alarm_.sound = percentDecoded(line.value);
+    alarm_.sound = underscoreDecoded(line.value);
   }
 }
 
@@ -124,7 +124,7 @@ void AlarmReader::readTrigger(const ContentLine& line) {
   if (!seconds || (related && !equalsIgnoringCase(*related, "START"))) return;
   alarm_.relativeTrigger = static_cast<double>(*seconds);
   if (const auto parameter = line.parameter(kExactParameter)) {
-    const double exact = std::strtod(percentDecoded(*parameter).c_str(), nullptr);
+    const double exact = std::strtod(underscoreDecoded(*parameter).c_str(), nullptr);
     if (wholeSeconds(exact) == *seconds) alarm_.relativeTrigger = exact;
   }
 }

@@ -30,12 +30,39 @@ bool isTriplet(std::string_view text, std::size_t i) {
   return i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 && hexDigit(text[i + 2]) >= 0;
 }
 
-void appendTriplet(std::string& out, char byte) {
+void appendTriplet(std::string& out, char escape, char byte) {
   constexpr const char* digits = "0123456789ABCDEF";
   const auto value = static_cast<unsigned char>(byte);
-  out += '%';
+  out += escape;
   out += digits[value >> 4];
   out += digits[value & 15];
+}
+
+std::string encoded(std::string_view bytes, char escape, std::string_view plain) {
+  std::string out;
+  out.reserve(bytes.size());
+  for (const char c : bytes) {
+    if (isAlphanumeric(c) || plain.find(c) != plain.npos) {
+      out += c;
+    } else {
+      appendTriplet(out, escape, c);
+    }
+  }
+  return out;
+}
+
+std::string decoded(std::string_view text, char escape) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == escape && isTriplet(text, i)) {
+      out += static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2]));
+      i += 2;
+    } else {
+      out += text[i];
+    }
+  }
+  return out;
 }
 
 /// Length of the line break at `i` (CRLF, LF, CR, VT, FF, NEL, U+2028, U+2029), 0 if there is none.
@@ -121,38 +148,23 @@ std::string escapedURI(std::string_view uri) {
     if (isAlphanumeric(c) || allowed.find(c) != allowed.npos || (c == '%' && isTriplet(uri, i))) {
       out += c;
     } else {
-      appendTriplet(out, c);
+      appendTriplet(out, '%', c);
     }
   }
   return out;
 }
 
 std::string percentEncoded(std::string_view bytes, std::string_view plain) {
-  std::string out;
-  out.reserve(bytes.size());
-  for (const char c : bytes) {
-    if (isAlphanumeric(c) || plain.find(c) != plain.npos) {
-      out += c;
-    } else {
-      appendTriplet(out, c);
-    }
-  }
-  return out;
+  return encoded(bytes, '%', plain);
 }
 
-std::string percentDecoded(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '%' && isTriplet(text, i)) {
-      out += static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2]));
-      i += 2;
-    } else {
-      out += text[i];
-    }
-  }
-  return out;
+std::string percentDecoded(std::string_view text) { return decoded(text, '%'); }
+
+std::string underscoreEncoded(std::string_view bytes, std::string_view plain) {
+  return encoded(bytes, '_', std::string("-.").append(plain));
 }
+
+std::string underscoreDecoded(std::string_view text) { return decoded(text, '_'); }
 
 std::string plainestText(std::string_view text) {
   const std::string plain = unescapedText(escapedText(text));
@@ -162,7 +174,7 @@ std::string plainestText(std::string_view text) {
 }
 
 std::string exactParameter(std::string_view text) {
-  return std::string(";").append(kExactParameter) + "=" + percentEncoded(text, "-._~");
+  return std::string(";").append(kExactParameter) + "=" + underscoreEncoded(text);
 }
 
 }  // namespace annivo

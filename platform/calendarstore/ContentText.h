@@ -29,7 +29,12 @@ void appendContentLine(std::string& out, std::string_view head, std::string_view
 /// A "%" without two hexadecimal digits stands for itself.
 [[nodiscard]] std::string percentDecoded(std::string_view text);
 
-/// Text that its value type cannot say goes, percent-encoded, into this parameter beside the
+/// The same with "_" in the place of "%": for values of our own, since some programs decode percent
+/// signs wherever they stand. Letters, digits, "-" and "." stay, and those in `plain`.
+[[nodiscard]] std::string underscoreEncoded(std::string_view bytes, std::string_view plain = "");
+[[nodiscard]] std::string underscoreDecoded(std::string_view text);
+
+/// Text that its value type cannot say goes, underscore-encoded, into this parameter beside the
 /// nearest value that can be said. It counts only while value and parameter agree, so that a value
 /// which another program changed is believed.
 inline constexpr std::string_view kExactParameter = "X-ANNIVO-EXACT";

@@ -169,9 +169,10 @@ std::optional<DateValue> dateValue(const ContentLine& line, const NSTimeZone& de
 }
 
 std::string identityText(const LedgerIdentity& identity) {
-  constexpr std::string_view plain = "-._~:@";
+  constexpr std::string_view plain = ":@";
   return std::to_string(identity.date.time_since_epoch().count()) + '/' +
-         percentEncoded(identity.calendarUID, plain) + '/' + percentEncoded(identity.myUID, plain);
+         underscoreEncoded(identity.calendarUID, plain) + '/' +
+         underscoreEncoded(identity.myUID, plain);
 }
 
 std::optional<LedgerIdentity> identityFromText(std::string_view text) {
@@ -181,9 +182,10 @@ std::optional<LedgerIdentity> identityFromText(std::string_view text) {
   std::int64_t microseconds = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + first, microseconds);
   if (error != std::errc() || end != text.data() + first) return std::nullopt;
-  return LedgerIdentity{.myUID = percentDecoded(text.substr(second + 1)),
-                        .calendarUID = percentDecoded(text.substr(first + 1, second - first - 1)),
-                        .date = Date{std::chrono::microseconds{microseconds}}};
+  return LedgerIdentity{
+      .myUID = underscoreDecoded(text.substr(second + 1)),
+      .calendarUID = underscoreDecoded(text.substr(first + 1, second - first - 1)),
+      .date = Date{std::chrono::microseconds{microseconds}}};
 }
 
 }  // namespace annivo

@@ -35,7 +35,7 @@ struct DateValue {
 /// The property that holds an event's ledger identity.
 inline constexpr std::string_view kIdentityProperty = "X-ANNIVO-IDENTITY";
 /// A ledger identity as the value of that property: "<microseconds since 1970>/<calendarUID>/
-/// <myUID>", the UIDs percent-encoded, so that no server finds anything in it to reformat.
+/// <myUID>", the UIDs underscore-encoded, so that no server finds anything in it to reformat.
 [[nodiscard]] std::string identityText(const LedgerIdentity& identity);
 [[nodiscard]] std::optional<LedgerIdentity> identityFromText(std::string_view text);
 

@@ -14,7 +14,7 @@ std::string titleFrom(const ContentLine& line) {
   std::string title = unescapedText(line.value);
   if (line.parameters.empty()) return title;
   if (const auto parameter = line.parameter(kExactParameter)) {
-    std::string exact = percentDecoded(*parameter);
+    std::string exact = underscoreDecoded(*parameter);
     if (plainestText(exact) == plainestText(title)) return exact;
   }
   return title;

@@ -110,7 +110,7 @@ std::string title(std::mt19937& random) {
                                                   "Lovelace",
                                                   ", ",
                                                   "; ",
-                                                  "\\",
+                                                  "\\ ",
                                                   "\"",
                                                   ":",
                                                   "\n",

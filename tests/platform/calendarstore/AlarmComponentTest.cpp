@@ -159,7 +159,7 @@ TEST(AppendAlarm, EveryAlarmReadsBackEqualAndAddsNoLine) {
 TEST(AlarmReader, BelievesAChangedValueMoreThanTheExactOneBesideIt) {
   EXPECT_EQ(alarmFrom("TRIGGER;X-ANNIVO-EXACT=-900.5:-PT1H\nACTION:DISPLAY\n"),
             CalAlarm{.relativeTrigger = -3600});
-  EXPECT_EQ(alarmFrom("TRIGGER:PT0S\nATTACH;X-ANNIVO-EXACT=a%20b:file:///c\nACTION:PROCEDURE\n"),
+  EXPECT_EQ(alarmFrom("TRIGGER:PT0S\nATTACH;X-ANNIVO-EXACT=a_20b:file:///c\nACTION:PROCEDURE\n"),
             (CalAlarm{.relativeTrigger = 0, .url = "file:///c"}));
 }
 

@@ -53,6 +53,12 @@ TEST(PercentEncoding, GivesBackEveryByte) {
   for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
   EXPECT_EQ(percentDecoded(percentEncoded(bytes, "-._~")), bytes);
   EXPECT_EQ(percentDecoded("100%, 5%2"), "100%, 5%2");
+  const std::string plain = underscoreEncoded(bytes);
+  EXPECT_EQ(underscoreDecoded(plain), bytes);
+  EXPECT_EQ(plain.find_first_not_of("0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                    "-._"),
+            plain.npos);
+  EXPECT_EQ(underscoreDecoded("a_b_4"), "a_b_4");
 }
 
 TEST(AppendContentLine, FoldsAt75OctetsOnCharacterBorders) {

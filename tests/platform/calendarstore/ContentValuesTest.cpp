@@ -108,7 +108,7 @@ TEST(IdentityText, KeepsMicrosecondsAndEveryByte) {
   };
   for (const LedgerIdentity& identity : identities) {
     const std::string text = identityText(identity);
-    EXPECT_EQ(text.find_first_of("\\;,\r\n \""), text.npos);
+    EXPECT_EQ(text.find_first_of("\\;,\r\n \"%"), text.npos);
     EXPECT_EQ(identityFromText(text), identity);
   }
   EXPECT_EQ(identityText(identities[0]), "978307200000000/B-2/A-1:ABPerson");

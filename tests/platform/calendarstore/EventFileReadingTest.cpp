@@ -151,12 +151,12 @@ TEST(EventFileReading, AFileCutAtAnyByteIsRefusedUnlessOnlyItsLastLineEndIsGone)
 }
 
 TEST(EventFileReading, BelievesAChangedTitleMoreThanTheExactOneBesideIt) {
-  EXPECT_EQ(read(eventText("1", "SUMMARY;X-ANNIVO-EXACT=a%01b:ab\r\n"))->title(),
+  EXPECT_EQ(read(eventText("1", "SUMMARY;X-ANNIVO-EXACT=a_01b:ab\r\n"))->title(),
             "a\x01"
             "b");
-  EXPECT_EQ(read(eventText("1", "SUMMARY;X-ANNIVO-EXACT=a%20:a\r\n"))->title(), "a ")
+  EXPECT_EQ(read(eventText("1", "SUMMARY;X-ANNIVO-EXACT=a_20:a\r\n"))->title(), "a ")
       << "some servers strip white space at the end";
-  EXPECT_EQ(read(eventText("1", "SUMMARY;X-ANNIVO-EXACT=a%01b:other\r\n"))->title(), "other");
+  EXPECT_EQ(read(eventText("1", "SUMMARY;X-ANNIVO-EXACT=a_01b:other\r\n"))->title(), "other");
 }
 
 class TimeLimit {
