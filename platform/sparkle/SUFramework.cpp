@@ -21,8 +21,8 @@ Error malformed(const NSBundle& framework, const std::string& reason) {
 
 /// Stands between the module's updater and the delegate: what the module answers reaches the
 /// delegate in a turn of the run loop of its own, with no frame of the module on the stack. The
-/// delegate may terminate the application, and the module, which may hold another copy of the
-/// language's support library, is nothing that an exception could cross.
+/// delegate may terminate the application, which throws, and a module is a program of its own that
+/// may have been built with another copy of the language's support library.
 class HostedUpdater final : public SUUpdater, private SUUpdaterDelegate {
  public:
   HostedUpdater(NSRunLoop& runLoop, std::unique_ptr<SUUpdater> updater)
