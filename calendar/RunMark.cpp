@@ -3,11 +3,23 @@
 
 namespace annivo {
 
-RunMark::RunMark(Platform& platform, std::string folder)
-    : platform_(platform), path_(std::move(folder) + "/Annivo 2.unfinished") {
-  const auto found = platform_.fileManager().attributesAtPath(path_, Links::doNotFollow);
-  wasFound_ = isSet_ = found.ok();
-  if (wasFound_) read();
+namespace {
+constexpr const char* kName = "/Annivo 2.unfinished";
+}
+
+RunMark::RunMark(Platform& platform, std::string folder, const std::string& otherFolder)
+    : platform_(platform),
+      folder_(std::move(folder)),
+      path_(folder_ + kName),
+      otherPath_(otherFolder + kName) {
+  const NSFileManager& files = platform_.fileManager();
+  isSet_ = files.attributesAtPath(path_, Links::doNotFollow).ok();
+  const bool isInOther = files.attributesAtPath(otherPath_, Links::doNotFollow).ok();
+  if (!isInOther || otherPath_ == path_) otherPath_.clear();
+  wasFound_ = isSet_ || isInOther;
+  if (!isSet_) return;
+  read();
+  removeTemporaries();
 }
 
 void RunMark::read() {
@@ -38,13 +50,31 @@ Result<void> RunMark::write() {
   }
   const PropertyList mark = PropertyList::Dictionary{{"calendars", std::move(calendars)}};
   auto written = platform_.fileManager().writeDurably(path_, xmlPropertyList(mark));
-  if (written) isSet_ = true;
+  if (written && !isSet_) {
+    isSet_ = true;
+    removeTemporaries();
+  }
   return written;
 }
 
+void RunMark::removeTemporaries() {
+  NSFileManager& files = platform_.fileManager();
+  const auto entries = files.contentsOfDirectory(folder_);
+  if (!entries) return;
+  for (const DirectoryEntry& entry : *entries) {
+    if (!entry.name.starts_with(".Annivo 2.") || !entry.name.ends_with(".tmp")) continue;
+    if (const auto removed = files.removeFile(folder_ + "/" + entry.name); !removed) {
+      platform_.log().write(removed.error().text());
+    }
+  }
+}
+
 Result<void> RunMark::remove() {
-  auto removed = platform_.fileManager().removeFile(path_);
-  if (!removed && removed.error().kind != Error::Kind::absent) return removed;
+  for (const std::string& path : {otherPath_, path_}) {
+    if (path.empty()) continue;
+    auto removed = platform_.fileManager().removeFile(path);
+    if (!removed && removed.error().kind != Error::Kind::absent) return removed;
+  }
   isSet_ = false;
   calendars_.clear();
   return {};

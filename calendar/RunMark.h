@@ -23,8 +23,10 @@ class RunMark {
     std::string key;  ///< of the parent's preference
   };
 
-  /// `folder` is the ledger's. Looks whether the mark is there.
-  RunMark(Platform& platform, std::string folder);
+  /// `folder` is the ledger's, `otherFolder` the one that a run may have had to use in its place.
+  /// Looks whether the mark is in either; from the other, which anybody may write to, only that it
+  /// is there is taken.
+  RunMark(Platform& platform, std::string folder, const std::string& otherFolder);
 
   /// Whether an earlier run left the mark.
   [[nodiscard]] bool wasFound() const { return wasFound_; }
@@ -42,9 +44,13 @@ class RunMark {
  private:
   void read();
   Result<void> write();
+  /// Removes temporary files that a killed run left in the ledger's folder.
+  void removeTemporaries();
 
   Platform& platform_;
+  std::string folder_;
   std::string path_;
+  std::string otherPath_;  ///< "": no mark there
   bool wasFound_ = false;
   bool isSet_ = false;
   std::vector<Calendar> calendars_;

@@ -39,8 +39,14 @@ void ZPKCalendarItems::adoptCalendars() {
     const PropertyList stored = *domain ? PropertyList(**domain)[made.key] : PropertyList();
     if (stored.isEqualToString(made.uid)) continue;
     if (stored.string() && myStore.calendarWithUID(*stored.string())) continue;
+    adoptedCalendars_[made.key] = made.uid;
     setDefaultUIDForType(made.uid, made.key);
   }
+}
+
+std::shared_ptr<CalCalendar> ZPKCalendarItems::adoptedCalendar(const std::string& key) {
+  const auto found = adoptedCalendars_.find(key);
+  return found == adoptedCalendars_.end() ? nullptr : myStore.calendarWithUID(found->second);
 }
 
 void ZPKCalendarItems::adoptEvents() {

@@ -9,6 +9,7 @@ void ZPKCalendarItems::setThisCalendarWithUIDForType(const std::string& title,
                                                      const std::string& key) {
   calendarLocked_ = false;
   thisCalendar_ = myStore.calendarWithUID(uid);
+  if (!thisCalendar_) thisCalendar_ = adoptedCalendar(key);
   if (!thisCalendar_) {
     thisCalendar_ = CalCalendar::calendar();
     thisCalendar_->setTitle(title);

@@ -125,7 +125,8 @@ void ZPKCalendarItems::fillNewEvent(CalEvent& event, const BasicEvent& basic) {
 void ZPKCalendarItems::saveEvent(CalEvent& event) {
   logOptionally(platform_, "Updating event: ", event.title().value_or("(null)"));
   beginChanges();
-  const bool recorded = ledger() != core_data_for_dates_AppDelegate::Ledger::missing;
+  const bool recorded =
+      ledger() != core_data_for_dates_AppDelegate::Ledger::missing && !coreDataSpace->isTemporary();
   if (!coreDataSpace->saveAction() || !recorded) noteFailure();
   if (const auto saved = myStore.saveEvent(event, CalSpan::thisEvent); !saved) {
     noteFailure(saved.error());

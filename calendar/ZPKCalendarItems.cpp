@@ -12,7 +12,7 @@ ZPKCalendarItems::ZPKCalendarItems(Platform& platform)
       myStore(platform.defaultCalendarStore()),
       coreDataSpace(std::make_unique<core_data_for_dates_AppDelegate>(platform)),
       moc(coreDataSpace->managedObjectContext()),
-      mark_(platform, coreDataSpace->applicationSupportFolder()) {
+      mark_(platform, coreDataSpace->applicationSupportFolder(), coreDataSpace->temporaryFolder()) {
   if (mark_.wasFound()) reconcile();
 }
 
@@ -22,7 +22,7 @@ ZPKCalendarItems::~ZPKCalendarItems() {
   moc = nullptr;
   coreDataSpace.reset();
   synchronizeCalendars();
-  if (!mark_.isSet() || failed_) return;
+  if (failed_ || !(mark_.isSet() || mark_.wasFound())) return;
   if (const auto removed = mark_.remove(); !removed) {
     platform_.log().write(removed.error().text());
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -102,6 +103,7 @@ class ZPKCalendarItems {
   // Recovery.
   void reconcile();
   void adoptCalendars();
+  [[nodiscard]] std::shared_ptr<CalCalendar> adoptedCalendar(const std::string& key);
   void adoptEvents();
   [[nodiscard]] bool eventExists(const std::string& uid);
   void removeSecondEvent(CalEvent& event);
@@ -121,6 +123,9 @@ class ZPKCalendarItems {
   NSManagedObjectContext* moc = nullptr;
   bool calendarLocked_ = false;
   RunMark mark_;
+  /// By preference key: calendars of the run that was cut off. The preferences that this run read
+  /// at its start do not name them yet.
+  std::map<std::string, std::string> adoptedCalendars_;
   bool markFailed_ = false;  ///< it could not be set, which was presented
   bool failed_ = false;      ///< something went wrong that the next run has to make good
   bool reconciled_ = false;

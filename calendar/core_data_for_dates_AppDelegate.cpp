@@ -3,6 +3,10 @@
 
 namespace annivo {
 
+namespace {
+constexpr const char* kFolder = "/Annivo 2";
+}
+
 core_data_for_dates_AppDelegate::~core_data_for_dates_AppDelegate() {
   closeLedger();
   managedObjectContext_.reset();
@@ -12,7 +16,11 @@ core_data_for_dates_AppDelegate::~core_data_for_dates_AppDelegate() {
 
 std::string core_data_for_dates_AppDelegate::applicationSupportFolder() const {
   const auto support = platform_.applicationSupportDirectory();
-  return (support ? *support : platform_.temporaryDirectory()) + "/Annivo 2";
+  return support ? *support + kFolder : temporaryFolder();
+}
+
+std::string core_data_for_dates_AppDelegate::temporaryFolder() const {
+  return platform_.temporaryDirectory() + kFolder;
 }
 
 const NSManagedObjectModel* core_data_for_dates_AppDelegate::managedObjectModel() {
@@ -31,6 +39,11 @@ const NSManagedObjectModel* core_data_for_dates_AppDelegate::managedObjectModel(
 NSPersistentStoreCoordinator* core_data_for_dates_AppDelegate::persistentStoreCoordinator() {
   if (persistentStoreCoordinator_) return persistentStoreCoordinator_.get();
   const std::string folder = applicationSupportFolder();
+  temporary_ = folder == temporaryFolder();
+  if (temporary_) {
+    platform_.log().write("There is no folder " + platform_.homeDirectory() +
+                          "/Library/Application Support; the event ledger is kept in " + folder);
+  }
   NSFileManager& files = platform_.fileManager();
   // A folder that cannot be made shows when something is written there.
   if (!files.fileExistsAtPath(folder)) (void)files.createDirectory(folder);

@@ -30,6 +30,10 @@ class core_data_for_dates_AppDelegate {
   /// The merged models of the main bundle; null, presented, when they cannot be read.
   [[nodiscard]] const NSManagedObjectModel* managedObjectModel();
   [[nodiscard]] std::string applicationSupportFolder() const;
+  /// Where the ledger lies when there is no application-support folder.
+  [[nodiscard]] std::string temporaryFolder() const;
+  /// Whether the ledger that was opened lies there, where the next run will not look for it.
+  [[nodiscard]] bool isTemporary() const { return temporary_; }
 
   enum class Ledger {
     sound,
@@ -52,6 +56,7 @@ class core_data_for_dates_AppDelegate {
   std::unique_ptr<NSPersistentStoreCoordinator> persistentStoreCoordinator_;
   std::unique_ptr<NSManagedObjectContext> managedObjectContext_;
   std::optional<Ledger> ledger_;
+  bool temporary_ = false;
   bool closed_ = false;
 };
 

@@ -66,8 +66,8 @@ Result<void> XMLPersistentStore::readJournal() {
   if (!bytes && bytes.error().kind == Error::Kind::absent) return {};
   if (!bytes) return bytes.error();
   journalSize_ = bytes->size();
-  if (bytes->empty()) return {};  // Begun and never written: a power loss.
   XMLStoreJournal journal = parseJournal(*bytes, model_);
+  if (journal.base.generation < 0) return {};  // It says nothing.
   if (damage_ || !fileStamp_) {
     reportDamage(journalPath_, "The file that it continues is gone.");
   } else if (journal.state == XMLStoreJournal::State::newer) {

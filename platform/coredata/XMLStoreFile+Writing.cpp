@@ -49,9 +49,9 @@ void appendAttribute(std::string& out, const NSAttributeDescription& attribute,
 /// The databaseInfo element with the numbers of `info` in it, otherwise as it stands.
 std::string editedInfo(const std::string& element, const XMLStoreInfo& info) {
   pugi::xml_document document;
-  document.load_buffer(element.data(), element.size(),
-                       pugi::parse_full | pugi::parse_ws_pcdata | pugi::parse_fragment,
-                       pugi::encoding_utf8);
+  constexpr unsigned kVerbatim =
+      (pugi::parse_full & ~pugi::parse_eol) | pugi::parse_ws_pcdata | pugi::parse_fragment;
+  document.load_buffer(element.data(), element.size(), kVerbatim, pugi::encoding_utf8);
   auto root = document.child("databaseInfo");
   const auto childOf = [](pugi::xml_node parent, const char* name) {
     const auto found = parent.child(name);

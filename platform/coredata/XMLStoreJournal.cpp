@@ -16,6 +16,8 @@ namespace {
 
 constexpr std::string_view kTitle = "Annivo ledger journal ";
 constexpr std::int64_t kVersion = 1;
+/// Before that of every file.
+constexpr std::int64_t kNoGeneration = -1;
 
 std::string hexadecimal(std::uint64_t value) {
   std::array<char, 17> text{};
@@ -52,6 +54,18 @@ class Cursor {
   std::string_view text_;
 };
 
+/// Whether this is what a power loss left of a journal that was just begun: the start of a header,
+/// perhaps filled up with zeros.
+bool isCutHeader(std::string_view bytes) {
+  bytes = bytes.substr(0, bytes.find('\0'));
+  const auto line = bytes.find('\n');
+  if (line != std::string_view::npos && bytes.find('\n', line + 1) != std::string_view::npos) {
+    return false;
+  }
+  constexpr std::size_t kLongestHeader = 100;
+  return bytes.size() < kLongestHeader && (kTitle.starts_with(bytes) || bytes.starts_with(kTitle));
+}
+
 /// The elements of the next entry, when it is whole.
 std::optional<std::string_view> takeEntry(Cursor& cursor) {
   std::uint64_t length = 0;
@@ -83,6 +97,11 @@ std::string journalEntry(std::string_view elements) {
 
 XMLStoreJournal parseJournal(std::string_view bytes, const NSManagedObjectModel& model) {
   XMLStoreJournal journal;
+  if (isCutHeader(bytes)) {
+    journal.state = XMLStoreJournal::State::torn;
+    journal.base.generation = kNoGeneration;
+    return journal;
+  }
   Cursor cursor(bytes);
   std::int64_t version = 0;
   if (!cursor.take(kTitle) || !cursor.takeNumber(version) || !cursor.take("\n")) {

@@ -30,7 +30,7 @@ struct XMLStoreJournal {
     newer,    ///< of a form that this program does not know
   };
   State state = State::whole;
-  XMLStoreBase base;
+  XMLStoreBase base;  ///< of a negative generation when not even the header is whole
   std::vector<XMLStoreChange> changes;  ///< of all entries, in order
 };
 [[nodiscard]] XMLStoreJournal parseJournal(std::string_view bytes,

@@ -26,7 +26,10 @@ class FaultyMachine {
   };
 
   explicit FaultyMachine(TestHome& home)
-      : home_(home), memory_(home.clock), faults_(memory_), files_(faults_, home.productPath()) {
+      : home_(home),
+        memory_(home.clock),
+        faults_(memory_),
+        files_(faults_, memory_, home.productPath()) {
     memory_.makeFolders(home.path());
   }
   /// A machine of its own with the same files.
@@ -41,10 +44,15 @@ class FaultyMachine {
   /// One run as the controller makes it.
   void pass(const Input& input) {
     Platform& platform = start();
+    // Read before the writer is made, as the controller does, and not again.
+    const std::string anniversaryUID = preference(platform, "aneeCalUID");
+    const std::string birthdayUID = preference(platform, "birthCalUID");
     {
       ZPKCalendarItems writer(platform);
-      writeKind(writer, "Anniversaries", "aneeCalUID", input.anniversaries, input.alarms);
-      writeKind(writer, "Birthdays", "birthCalUID", input.birthdays, input.alarms);
+      writer.setThisCalendarWithUIDForType("Anniversaries", anniversaryUID, "aneeCalUID");
+      writeEvents(writer, input.anniversaries, input.alarms);
+      writer.setThisCalendarWithUIDForType("Birthdays", birthdayUID, "birthCalUID");
+      writeEvents(writer, input.birthdays, input.alarms);
       writer.removeOtherEvents();
       writer.synchronizeCalendars();
     }
@@ -84,8 +92,19 @@ class FaultyMachine {
   /// The product's folder from the disk, everything else from memory.
   class Files final : public ForwardingFileManager {
    public:
-    Files(NSFileManager& inner, std::string product)
-        : ForwardingFileManager(inner), product_(std::move(product)) {}
+    Files(NSFileManager& inner, MemoryFileManager& memory, std::string product)
+        : ForwardingFileManager(inner), memory_(memory), product_(std::move(product)) {}
+    // As on the disk, a temporary file that was left is used up by the next write.
+    Result<void> writeAtomically(const std::string& path, std::string_view bytes) override {
+      auto written = inner_.writeAtomically(path, bytes);
+      if (written) useUpTemporary(path);
+      return written;
+    }
+    Result<void> writeDurably(const std::string& path, std::string_view bytes) override {
+      auto written = inner_.writeDurably(path, bytes);
+      if (written) useUpTemporary(path);
+      return written;
+    }
     Result<FileAttributes> attributesAtPath(const std::string& path, Links links) const override {
       return of(path).attributesAtPath(path, links);
     }
@@ -101,7 +120,12 @@ class FaultyMachine {
     [[nodiscard]] const NSFileManager& of(const std::string& path) const {
       return path.starts_with(product_) ? static_cast<const NSFileManager&>(disk_) : inner_;
     }
+    void useUpTemporary(const std::string& path) {
+      const auto slash = path.rfind('/') + 1;
+      (void)memory_.removeFile(path.substr(0, slash) + "." + path.substr(slash) + ".tmp").ok();
+    }
     PosixFileManager disk_;
+    MemoryFileManager& memory_;
     std::string product_;
   };
 
@@ -162,10 +186,9 @@ class FaultyMachine {
     const auto& domain = platform.standardUserDefaults().persistentDomainForName(kParentDomain);
     return domain ? PropertyList(*domain)[key].stringOr("none") : "none";
   }
-  void writeKind(ZPKCalendarItems& writer, const std::string& title, const char* key,
-                 const std::vector<ZPKCalendarItems::BasicEvent>& events,
-                 const std::vector<ZPKCalendarItems::Alarm>& alarms) {
-    writer.setThisCalendarWithUIDForType(title, preference(home_.platform(), key), key);
+  static void writeEvents(ZPKCalendarItems& writer,
+                          const std::vector<ZPKCalendarItems::BasicEvent>& events,
+                          const std::vector<ZPKCalendarItems::Alarm>& alarms) {
     writer.initAlarmArray();
     for (const auto& alarm : alarms) writer.addAlarm(alarm);
     if (writer.calendarLocked()) return;

@@ -62,20 +62,12 @@ TEST_F(XMLStoreJournalFile, CutAtEveryByteItLosesNoWholeEntryAndCanBeContinued) 
   const std::string base = file();
   std::vector<std::vector<std::string>> states = {{"a", "b"}, {"a", "b", "c"}, {"b", "c"}, kAll};
   std::size_t reached = 0;
-  for (std::size_t length = 1; length <= whole.size(); ++length) {
+  for (std::size_t length = 0; length <= whole.size(); ++length) {
     write(base);
     writeJournal(whole.substr(0, length));
     auto store = open();
     const auto found = myUIDs(*store);
-    if (store->damage()) {  // The head itself is cut: it names no file that it continues.
-      EXPECT_EQ(found, states[0]);
-      EXPECT_LT(length, whole.find("\nentry"));
-      ASSERT_TRUE(store->close().ok());
-      for (const auto& [path, content] : folder.snapshot()) {
-        if (path.find("damaged") != std::string::npos) folder.remove(path);
-      }
-      continue;
-    }
+    EXPECT_FALSE(store->damage()) << "length " << length;
     while (reached + 1 < states.size() && found == states[reached + 1]) ++reached;
     EXPECT_EQ(found, states[reached]) << "length " << length;
     insert(*store, "x");
@@ -92,7 +84,7 @@ TEST_F(XMLStoreJournalFile, AFlippedByteEndsItThere) {
   leaveAJournal();
   const std::string whole = journal();
   const std::string base = file();
-  for (std::size_t i = whole.find("\nentry"); i < whole.size(); ++i) {
+  for (std::size_t i = whole.find("\nentry") + 1; i < whole.size(); ++i) {
     write(base);
     std::string damaged = whole;
     damaged[i] = static_cast<char>(damaged[i] ^ 0x20);
@@ -140,6 +132,33 @@ TEST_F(XMLStoreJournalFile, AJournalOfAnotherFileIsSetAside) {
   ASSERT_TRUE(store->close().ok());
   EXPECT_EQ(folder.readFile("L.xml.journal.damaged-20261120-184600"), stale);
   EXPECT_FALSE(hasJournal());
+}
+
+TEST_F(XMLStoreJournalFile, WhatIsNoJournalIsSetAside) {
+  for (const std::string& text :
+       {std::string("no journal at all"), std::string("Annivo ledger journal x\nbase 1 2 3\n"),
+        std::string("Annivo ledger journal 1\nbase x\n"),
+        "Annivo ledger journal 1 " + std::string(200, 'x')}) {
+    leaveAJournal();
+    writeJournal(text);
+    auto store = open();
+    EXPECT_EQ(all(*store).size(), 2U);
+    EXPECT_TRUE(store->damage()) << text;
+    ASSERT_TRUE(store->close().ok());
+    EXPECT_EQ(folder.readFile("L.xml.journal.damaged-20261120-184600"), text);
+    folder.remove("L.xml.journal.damaged-20261120-184600");
+  }
+}
+
+TEST_F(XMLStoreJournalFile, AJournalOfZerosAfterAPowerLossSaysNothing) {
+  leaveAJournal();
+  const std::string whole = journal();
+  for (const std::size_t kept : {std::size_t{0}, std::size_t{30}, whole.size() - 5}) {
+    writeJournal(whole.substr(0, kept) + std::string(500, '\0'));
+    auto store = open();
+    EXPECT_GE(all(*store).size(), 2U);
+    EXPECT_FALSE(store->damage()) << kept;
+  }
 }
 
 TEST_F(XMLStoreJournalFile, AJournalWhoseFileIsGoneIsSetAside) {
