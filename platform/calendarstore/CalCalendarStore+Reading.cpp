@@ -42,16 +42,7 @@ std::shared_ptr<CalEvent> CalCalendarStore::eventWithUID(const std::string& uid)
 /// Nothing, with a log line, for what is there and is no event file; nothing at all where there is
 /// nothing.
 std::optional<std::string> CalCalendarStore::contentsOfEventFile(const std::string& path) const {
-  const auto attributes = files_.attributesAtPath(path, Links::doNotFollow);
-  if (attributes && attributes->type != FileType::regular) {
-    log_.write("Ignored, as it is no regular file: " + path);
-    return std::nullopt;
-  }
-  if (!attributes) {
-    if (attributes.error().kind != Error::Kind::absent) log_.write(attributes.error().text());
-    return std::nullopt;
-  }
-  auto contents = files_.contentsAtPath(path, EventFile::kLimit);
+  auto contents = files_.contentsOfFileItself(path, EventFile::kLimit);
   if (contents) return *std::move(contents);
   if (contents.error().kind != Error::Kind::absent) log_.write(contents.error().text());
   return std::nullopt;

@@ -10,6 +10,14 @@ bool NSFileManager::fileExistsAtPath(const std::string& path) const {
   return attributesAtPath(path, Links::follow).ok();
 }
 
+Result<std::string> NSFileManager::contentsOfFileItself(const std::string& path,
+                                                        std::size_t limit) const {
+  const auto attributes = attributesAtPath(path, Links::doNotFollow);
+  if (!attributes) return attributes.error();
+  if (attributes->type == FileType::symbolicLink) return errorFromErrno(ELOOP, "read", path);
+  return contentsAtPath(path, limit);
+}
+
 Result<void> NSFileManager::createDirectoriesUnder(const std::string& root,
                                                    const std::string& path) {
   if (path == root) {

@@ -59,6 +59,9 @@ class NSFileManager {
   /// device) is unreadable and never blocks. A file over `limit` bytes is unreadable.
   [[nodiscard]] virtual Result<std::string> contentsAtPath(
       const std::string& path, std::size_t limit = kDefaultLimit) const = 0;
+  /// The same for a file inside a folder that is not to be left: a link is unreadable.
+  [[nodiscard]] virtual Result<std::string> contentsOfFileItself(const std::string& path,
+                                                                 std::size_t limit) const;
   /// Entries of a folder without "." and "..", sorted by name bytes.
   [[nodiscard]] virtual Result<std::vector<DirectoryEntry>> contentsOfDirectory(
       const std::string& path) const = 0;
@@ -93,6 +96,8 @@ class PosixFileManager final : public NSFileManager {
  public:
   Result<FileAttributes> attributesAtPath(const std::string& path, Links links) const override;
   Result<std::string> contentsAtPath(const std::string& path, std::size_t limit) const override;
+  Result<std::string> contentsOfFileItself(const std::string& path,
+                                           std::size_t limit) const override;
   Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) const override;
   bool isWritable(const std::string& path) const override;
   Result<void> writeAtomically(const std::string& path, std::string_view bytes) override;

@@ -142,26 +142,9 @@ FileType entryType(int folder, const dirent& entry) {
   return fileType(status.st_mode);
 }
 
-}  // namespace
-
-Result<FileAttributes> PosixFileManager::attributesAtPath(const std::string& path,
-                                                          Links links) const {
-  struct stat status {};
-  const int failed =
-      links == Links::follow ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
-  if (failed) return errorFromErrno(errno, "examine", path);
-  const auto modified = std::chrono::seconds{status.st_mtim.tv_sec} +
-                        std::chrono::nanoseconds{status.st_mtim.tv_nsec};
-  return FileAttributes{
-      .type = fileType(status.st_mode),
-      .size = static_cast<std::uint64_t>(status.st_size),
-      .modificationDate = Date{std::chrono::floor<std::chrono::microseconds>(modified)},
-      .permissions = status.st_mode & mode_t{07777}};
-}
-
-Result<std::string> PosixFileManager::contentsAtPath(const std::string& path,
-                                                     std::size_t limit) const {
-  const Descriptor file{::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)};
+Result<std::string> readFile(const std::string& path, std::size_t limit, int moreFlags) {
+  constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  const Descriptor file{::open(path.c_str(), kFlags | moreFlags)};
   if (!file.valid()) return errorFromErrno(errno, "read", path);
   struct stat status {};
   if (::fstat(file.number(), &status) != 0) return errorFromErrno(errno, "read", path);
@@ -185,6 +168,33 @@ Result<std::string> PosixFileManager::contentsAtPath(const std::string& path,
   }
   content.resize(length);
   return content;
+}
+
+}  // namespace
+
+Result<FileAttributes> PosixFileManager::attributesAtPath(const std::string& path,
+                                                          Links links) const {
+  struct stat status {};
+  const int failed =
+      links == Links::follow ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
+  if (failed) return errorFromErrno(errno, "examine", path);
+  const auto modified = std::chrono::seconds{status.st_mtim.tv_sec} +
+                        std::chrono::nanoseconds{status.st_mtim.tv_nsec};
+  return FileAttributes{
+      .type = fileType(status.st_mode),
+      .size = static_cast<std::uint64_t>(status.st_size),
+      .modificationDate = Date{std::chrono::floor<std::chrono::microseconds>(modified)},
+      .permissions = status.st_mode & mode_t{07777}};
+}
+
+Result<std::string> PosixFileManager::contentsAtPath(const std::string& path,
+                                                     std::size_t limit) const {
+  return readFile(path, limit, 0);
+}
+
+Result<std::string> PosixFileManager::contentsOfFileItself(const std::string& path,
+                                                           std::size_t limit) const {
+  return readFile(path, limit, O_NOFOLLOW);
 }
 
 Result<std::vector<DirectoryEntry>> PosixFileManager::contentsOfDirectory(

@@ -9,6 +9,7 @@
 
 #include "platform/foundation/PropertyList.h"
 #include "tests/platform/calendarstore/CalendarHome.h"
+#include "tests/support/ForwardingFileManager.h"
 
 namespace annivo {
 namespace {
@@ -91,39 +92,17 @@ TEST(CalCalendarStore, KnowsWhichCalendarsAreEditable) {
 }
 
 TEST(CalCalendarStore, ACalendarWhoseEventsCannotBeWrittenIsNotEditable) {
-  class ReadOnlyEvents final : public NSFileManager {
+  class ReadOnlyEvents final : public ForwardingFileManager {
    public:
-    Result<FileAttributes> attributesAtPath(const std::string& p, Links l) const override {
-      return real.attributesAtPath(p, l);
+    using ForwardingFileManager::ForwardingFileManager;
+    bool isWritable(const std::string& path) const override {
+      return !path.ends_with("L.calendar/Events");
     }
-    Result<std::string> contentsAtPath(const std::string& p, std::size_t limit) const override {
-      return real.contentsAtPath(p, limit);
-    }
-    Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& p) const override {
-      return real.contentsOfDirectory(p);
-    }
-    bool isWritable(const std::string& p) const override {
-      return !p.ends_with("L.calendar/Events");
-    }
-    Result<void> writeAtomically(const std::string&, std::string_view) override { return no(); }
-    Result<void> writeDurably(const std::string&, std::string_view) override { return no(); }
-    Result<std::unique_ptr<AppendingFile>> openForAppending(const std::string&) override {
-      return no();
-    }
-    Result<void> createDirectory(const std::string&) override { return no(); }
-    Result<void> removeFile(const std::string&) override { return no(); }
-    Result<void> rename(const std::string&, const std::string&) override { return no(); }
-    Result<void> synchronize(const std::string&) override { return no(); }
-    Result<std::unique_ptr<FileLock>> lock(const std::string&) override { return no(); }
-
-   private:
-    static Error no() { return {.domain = "", .description = "read only", .failureReason = ""}; }
-    PosixFileManager real;
   };
   CalendarHome home;
   home.makeLocalCalendar("L");
   home.makeLocalCalendar("W");
-  ReadOnlyEvents files;
+  ReadOnlyEvents files(home.files);
   CalCalendarStore store(files, home.clock, home.log, home.zone, home.home);
   EXPECT_FALSE(store.calendarWithUID("L")->isEditable());
   EXPECT_TRUE(store.calendarWithUID("W")->isEditable());

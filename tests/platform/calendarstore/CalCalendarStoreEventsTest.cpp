@@ -9,6 +9,7 @@
 
 #include "platform/calendarstore/EventFile.h"
 #include "tests/platform/calendarstore/CalendarHome.h"
+#include "tests/support/ForwardingFileManager.h"
 
 namespace annivo {
 namespace {
@@ -304,48 +305,27 @@ TEST_F(CalCalendarStoreEvents, OurOwnEventsAreKnownByTheirIdentity) {
   }
 }
 
-class CountingFiles final : public NSFileManager {
+class CountingFiles final : public ForwardingFileManager {
  public:
-  Result<FileAttributes> attributesAtPath(const std::string& p, Links l) const override {
-    return real.attributesAtPath(p, l);
-  }
-  Result<std::string> contentsAtPath(const std::string& p, std::size_t limit) const override {
+  using ForwardingFileManager::ForwardingFileManager;
+  Result<std::string> contentsAtPath(const std::string& path, std::size_t limit) const override {
     ++reads;
-    return real.contentsAtPath(p, limit);
+    return inner_.contentsAtPath(path, limit);
   }
-  Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& p) const override {
+  Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) const override {
     ++lists;
-    return real.contentsOfDirectory(p);
+    return inner_.contentsOfDirectory(path);
   }
-  bool isWritable(const std::string& p) const override { return real.isWritable(p); }
-  Result<void> writeAtomically(const std::string& p, std::string_view b) override {
-    return real.writeAtomically(p, b);
-  }
-  Result<void> writeDurably(const std::string& p, std::string_view b) override {
-    return real.writeDurably(p, b);
-  }
-  Result<std::unique_ptr<AppendingFile>> openForAppending(const std::string& p) override {
-    return real.openForAppending(p);
-  }
-  Result<void> createDirectory(const std::string& p) override { return real.createDirectory(p); }
-  Result<void> removeFile(const std::string& p) override { return real.removeFile(p); }
-  Result<void> rename(const std::string& a, const std::string& b) override {
-    return real.rename(a, b);
-  }
-  Result<void> synchronize(const std::string& p) override {
+  Result<void> synchronize(const std::string& path) override {
     ++syncs;
-    synced = p;
-    return real.synchronize(p);
+    synced = path;
+    return inner_.synchronize(path);
   }
-  Result<std::unique_ptr<FileLock>> lock(const std::string& p) override { return real.lock(p); }
 
   mutable int reads = 0;
   mutable int lists = 0;
   int syncs = 0;
   std::string synced;
-
- private:
-  PosixFileManager real;
 };
 
 TEST_F(CalCalendarStoreEvents, ALookUpByNameReadsOneFileAndTheIndexIsBuiltOnce) {
@@ -353,7 +333,7 @@ TEST_F(CalCalendarStoreEvents, ALookUpByNameReadsOneFileAndTheIndexIsBuiltOnce) 
     const std::string uid = "E" + std::to_string(i);
     CalendarHome::write(file(uid + ".ics"), eventText(uid, "SUMMARY:a\r\n"));
   }
-  CountingFiles files;
+  CountingFiles files(home.files);
   CalCalendarStore store(files, home.clock, home.log, home.zone, home.home);
   ASSERT_EQ(store.calendars().size(), 2U);
   files.reads = files.lists = 0;
@@ -367,7 +347,7 @@ TEST_F(CalCalendarStoreEvents, ALookUpByNameReadsOneFileAndTheIndexIsBuiltOnce) 
 }
 
 TEST_F(CalCalendarStoreEvents, SynchronizesOnceAndOnlyWhatWasWritten) {
-  CountingFiles files;
+  CountingFiles files(home.files);
   CalCalendarStore store(files, home.clock, home.log, home.zone, home.home);
   ASSERT_TRUE(store.synchronize());
   EXPECT_FALSE(store.eventWithUID("ABSENT"));
