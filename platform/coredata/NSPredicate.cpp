@@ -232,8 +232,13 @@ bool matchesWildcards(std::string_view text, std::string_view pattern) {
 
 bool isLike(const PropertyList& left, const PropertyList& right, bool foldCase) {
   if (!left.string() || !right.string()) return false;
-  if (!foldCase) return matchesWildcards(*left.string(), *right.string());
-  return matchesWildcards(caseFolded(*left.string()), caseFolded(*right.string()));
+  const std::string& text = *left.string();
+  const std::string& pattern = *right.string();
+  if (!hasWildcard(pattern)) {
+    return text == pattern || (foldCase && caseFolded(text) == caseFolded(pattern));
+  }
+  if (!foldCase) return matchesWildcards(text, pattern);
+  return matchesWildcards(caseFolded(text), caseFolded(pattern));
 }
 
 bool holds(const PropertyList& left, Operator op, const PropertyList& right) {
@@ -320,7 +325,7 @@ std::optional<std::vector<NSPredicate::Comparison>> NSPredicate::conjunction() c
 }
 
 bool hasWildcard(std::string_view pattern) {
-  return pattern.find_first_of("*?") != std::string_view::npos;
+  return pattern.find('*') != std::string_view::npos || pattern.find('?') != std::string_view::npos;
 }
 
 }  // namespace annivo

@@ -112,7 +112,7 @@ std::string caseFolded(std::string_view text) {
   std::string folded(text);
   if (isASCII(text)) {
     for (char& c : folded) {
-      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+      c = static_cast<char>(c | (static_cast<unsigned char>(c - 'A') < 26 ? 0x20 : 0));
     }
     return folded;
   }
