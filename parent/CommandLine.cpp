@@ -48,7 +48,9 @@ struct CommandLine::State {
   /// Without CLI11's reading of "[a,b]" as two values.
   static CLI::Option* list(CLI::App& command, const char* name, std::vector<std::string>& target,
                            const char* help) {
-    return command.add_option(name, target, help)->allow_extra_args(false);
+    return command.add_option(name, target, help)
+        ->expected(0, CLI::detail::expected_max_vector_size)
+        ->allow_extra_args(false);
   }
 
   void addContacts() {

@@ -56,7 +56,8 @@ void setGroup(Session& session, const std::vector<std::string>& words) {
 
 std::string shownLabels(Session& session) {
   std::string text;
-  for (const std::string& label : ZPKAddressBookDates(session.platform).filterLabels()) {
+  ZPKAddressBookDates dates(session.platform);
+  for (const std::string& label : dates.filterLabels()) {
     text += (text.empty() ? "" : ", ") + session.platform.localizedString(label, "");
   }
   return text.empty() ? "none" : text;

@@ -30,10 +30,10 @@ TEST_F(Commands, ImportSaysWhatItTookAndWhatNot) {
   const std::string file = world.home.path("a.vcf");
   EXPECT_EQ(world.done({"import", file}),
             "skipped card " + file +
-                ":35: the card never ends (END:VCARD is missing)\n"
+                ":36: the card never ends (END:VCARD is missing)\n"
                 "skipped date " +
                 file +
-                ":30 Late: BDAY: names a day without a month (\"---10\")\n"
+                ":31 Late: BDAY: names a day without a month (\"---10\")\n"
                 "Source \"vCards\": 5 people, 4 dates, 1 group.\n");
   EXPECT_EQ(world.done({"import", file}).substr(world.done({"import", file}).rfind(';')),
             "; nothing has changed.\n");
@@ -55,7 +55,7 @@ TEST_F(Commands, ImportOfAMissingPathIsOneLine) {
 TEST_F(Commands, PeopleShowsEverybodyWithTheirDates) {
   importAll();
   EXPECT_EQ(world.done({"people"}),
-            "NAME       DATES                                       UID\n"
+            "NAME       DATES                                        UID\n"
             "Ann Smith  1980-06-10 birthday, 2005-09-17 anniversary  u1:ABPerson\n"
             "Bob Jones  --02-29 birthday                             u2:ABPerson\n"
             "Carl Day   2010-01-02 First met                         u3:ABPerson\n"

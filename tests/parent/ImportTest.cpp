@@ -8,6 +8,7 @@
 
 #include "parent/Contacts.h"
 #include "parent/Import.h"
+#include "parent/Session.h"
 #include "parent/StableUUID.h"
 #include "tests/parent/CommandHome.h"
 #include "tests/support/FailingFileManager.h"
@@ -248,7 +249,7 @@ struct Unusable {
 TEST_F(Import, OfNothingUsableLeavesThePreviousSourceIntact) {
   (void)imported(kAnn);
   const auto before = home.folder().fingerprint("Library");
-  for (const std::string content :
+  for (const std::string& content :
        {std::string(), std::string("BEGIN:VCARD\nFN:Never"), std::string(3000000, 'x'),
         std::string(1000, '\0'), std::string("BEGIN:VCARD\nEND:VCARD")}) {
     home.writeFile("bad.vcf", content);

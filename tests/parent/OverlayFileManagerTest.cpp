@@ -18,7 +18,7 @@ class OverlayFileManagerTest : public testing::Test {
   ~OverlayFileManagerTest() override { EXPECT_EQ(folder.fingerprint(), before); }
 
   std::string content(const std::string& name) {
-    const auto bytes = files.contentsAtPath(folder.path(name));
+    const auto bytes = files.contentsAtPath(folder.path(name), NSFileManager::kDefaultLimit);
     return bytes ? *bytes : bytes.error().kind == Error::Kind::absent ? "(absent)" : "(error)";
   }
 
