@@ -49,7 +49,14 @@ Result<void> RunMark::write() {
     calendars.push_back(PropertyList::Dictionary{{"uid", calendar.uid}, {"key", calendar.key}});
   }
   const PropertyList mark = PropertyList::Dictionary{{"calendars", std::move(calendars)}};
-  auto written = platform_.fileManager().writeDurably(path_, xmlPropertyList(mark));
+  NSFileManager& files = platform_.fileManager();
+  auto written = files.writeDurably(path_, xmlPropertyList(mark));
+  if (!written && written.error().kind == Error::Kind::absent) {
+    // The ledger's folder could not be made when the ledger was opened; without the mark nothing
+    // would tell the next run.
+    if (auto made = files.createDirectory(folder_); !made) return made;
+    written = files.writeDurably(path_, xmlPropertyList(mark));
+  }
   if (written && !isSet_) {
     isSet_ = true;
     removeTemporaries();

@@ -28,11 +28,20 @@ ZPKCalendarItems::~ZPKCalendarItems() {
   }
 }
 
+std::string ZPKCalendarItems::calendarsFolder() const {
+  const std::string folder = platform_.homeDirectory() + "/Library/Calendars";
+  return platform_.fileManager().fileExistsAtPath(folder) ? folder : platform_.homeDirectory();
+}
+
 void ZPKCalendarItems::synchronizeCalendars() {
-  if (const auto done = myStore.synchronize(); !done) {
+  const auto check = [this](const Result<void>& done) {
+    if (done) return;
     platform_.log().write(done.error().text());
     noteFailure(done.error());
-  }
+  };
+  // What the run that was cut off wrote or removed need not be on disk either.
+  if (mark_.wasFound()) check(platform_.fileManager().synchronize(calendarsFolder()));
+  check(myStore.synchronize());
 }
 
 Ledger ZPKCalendarItems::ledger() {

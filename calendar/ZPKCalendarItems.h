@@ -108,6 +108,8 @@ class ZPKCalendarItems {
   [[nodiscard]] bool eventExists(const std::string& uid);
   void removeSecondEvent(CalEvent& event);
 
+  /// The folder of all calendars, or the home while there is none.
+  [[nodiscard]] std::string calendarsFolder() const;
   /// Sets the mark; to be called before anything is changed.
   void beginChanges();
   /// Takes note of a failure that the next run has to make good.

@@ -6,7 +6,8 @@ namespace annivo {
 namespace {
 
 constexpr auto npos = std::string_view::npos;
-constexpr std::string_view kSpace = " \t\r\n";
+
+bool isSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
 
 Error malformed(const char* reason) {
   return {.kind = Error::Kind::malformed,
@@ -43,8 +44,7 @@ bool XMLElements::skipMarkup() {
 
 bool XMLElements::skipMiscellany() {
   for (;;) {
-    at_ = text_.find_first_not_of(kSpace, at_);
-    if (at_ == npos) at_ = text_.size();
+    while (at_ < text_.size() && isSpace(text_[at_])) ++at_;
     if (!at("<!--") && !at("<?")) return true;
     if (!skipMarkup()) return false;
   }

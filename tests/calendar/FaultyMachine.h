@@ -28,8 +28,9 @@ class FaultyMachine {
   explicit FaultyMachine(TestHome& home)
       : home_(home),
         memory_(home.clock),
-        faults_(memory_),
-        files_(faults_, memory_, home.productPath()) {
+        disk_(memory_),
+        faults_(disk_),
+        files_(faults_, home.productPath()) {
     memory_.makeFolders(home.path());
   }
   /// A machine of its own with the same files.
@@ -89,22 +90,30 @@ class FaultyMachine {
   }
 
  private:
+  /// As on a disk, a temporary file that was left is used up by the next write.
+  class Disk final : public ForwardingFileManager {
+   public:
+    using ForwardingFileManager::ForwardingFileManager;
+    Result<void> writeAtomically(const std::string& path, std::string_view bytes) override {
+      useUpTemporary(path);
+      return inner_.writeAtomically(path, bytes);
+    }
+    Result<void> writeDurably(const std::string& path, std::string_view bytes) override {
+      useUpTemporary(path);
+      return inner_.writeDurably(path, bytes);
+    }
+
+   private:
+    void useUpTemporary(const std::string& path) {
+      const auto slash = path.rfind('/') + 1;
+      (void)inner_.removeFile(path.substr(0, slash) + "." + path.substr(slash) + ".tmp").ok();
+    }
+  };
   /// The product's folder from the disk, everything else from memory.
   class Files final : public ForwardingFileManager {
    public:
-    Files(NSFileManager& inner, MemoryFileManager& memory, std::string product)
-        : ForwardingFileManager(inner), memory_(memory), product_(std::move(product)) {}
-    // As on the disk, a temporary file that was left is used up by the next write.
-    Result<void> writeAtomically(const std::string& path, std::string_view bytes) override {
-      auto written = inner_.writeAtomically(path, bytes);
-      if (written) useUpTemporary(path);
-      return written;
-    }
-    Result<void> writeDurably(const std::string& path, std::string_view bytes) override {
-      auto written = inner_.writeDurably(path, bytes);
-      if (written) useUpTemporary(path);
-      return written;
-    }
+    Files(NSFileManager& inner, std::string product)
+        : ForwardingFileManager(inner), product_(std::move(product)) {}
     Result<FileAttributes> attributesAtPath(const std::string& path, Links links) const override {
       return of(path).attributesAtPath(path, links);
     }
@@ -120,12 +129,7 @@ class FaultyMachine {
     [[nodiscard]] const NSFileManager& of(const std::string& path) const {
       return path.starts_with(product_) ? static_cast<const NSFileManager&>(disk_) : inner_;
     }
-    void useUpTemporary(const std::string& path) {
-      const auto slash = path.rfind('/') + 1;
-      (void)memory_.removeFile(path.substr(0, slash) + "." + path.substr(slash) + ".tmp").ok();
-    }
     PosixFileManager disk_;
-    MemoryFileManager& memory_;
     std::string product_;
   };
 
@@ -197,6 +201,7 @@ class FaultyMachine {
 
   TestHome& home_;
   MemoryFileManager memory_;
+  Disk disk_;
   FailingFileManager faults_;
   Files files_;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 
 #include "tests/platform/coredata/LedgerFixture.h"
 
@@ -95,9 +95,9 @@ TEST_F(XMLStoreDamage, MalformedFilesAreSetAside) {
   };
   for (const auto& damaged : cases) {
     SCOPED_TRACE(damaged.name);
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     expectSetAside(damaged.bytes);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds{1});
+    EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC) << "a second of processor time";
   }
 }
 
@@ -111,11 +111,11 @@ TEST_F(XMLStoreDamage, AHundredMegabytesOfSpacesAreReadWithinASecond) {
       text = spaces;
     }
     write(text);
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     auto store = open();
     EXPECT_EQ(all(*store).size(), wellFormed ? 1U : 0U);
     EXPECT_EQ(store->damage().has_value(), !wellFormed);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds{1});
+    EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC) << "a second of processor time";
   }
 }
 
