@@ -1,21 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "platform/coredata/NSManagedObject.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <iterator>
 
 namespace annivo {
 
-NSManagedObject::NSManagedObject(const NSEntityDescription& entity, std::int64_t objectID)
-    : entity_(&entity),
-      objectID_(objectID),
-      attributes_(entity.attributes.size()),
-      relationships_(entity.relationships.size()) {}
+namespace {
+
+const PropertyList kNil;
+
+}  // namespace
 
 const PropertyList& NSManagedObject::valueForKey(std::string_view attribute) const {
-  static const PropertyList nil;
   const auto index = entity_->attributeIndex(attribute);
-  return index ? attributes_[*index] : nil;
+  return index ? attributeAt(*index) : kNil;
 }
 
 void NSManagedObject::setValueForKey(PropertyList value, std::string_view attribute) {
@@ -24,7 +25,29 @@ void NSManagedObject::setValueForKey(PropertyList value, std::string_view attrib
     std::cerr << "Entity " << entity_->name << " has no attribute " << attribute << '\n';
     std::abort();
   }
-  attributes_[*index] = std::move(value);
+  attributeAt(*index) = std::move(value);
+}
+
+PropertyList& NSManagedObject::attributeAt(std::size_t index) {
+  auto place = attributes_.begin();
+  while (place != attributes_.end() && place->index < index) ++place;
+  if (place == attributes_.end() || place->index != index) {
+    place = attributes_.insert(place, {index, {}});
+  }
+  return place->value;
+}
+
+const PropertyList& NSManagedObject::attributeAt(std::size_t index) const {
+  for (const Attribute& attribute : attributes_) {
+    if (attribute.index == index) return attribute.value;
+  }
+  return kNil;
+}
+
+void NSManagedObject::takeAttributes(std::vector<Attribute>& attributes) {
+  attributes_ = std::vector<Attribute>(std::make_move_iterator(attributes.begin()),
+                                       std::make_move_iterator(attributes.end()));
+  attributes.clear();
 }
 
 const NSManagedObject* NSManagedObject::toOne(std::string_view relationship) const {
@@ -34,9 +57,8 @@ const NSManagedObject* NSManagedObject::toOne(std::string_view relationship) con
 
 std::span<const NSManagedObject* const> NSManagedObject::toMany(
     std::string_view relationship) const {
-  const auto index = entity_->relationshipIndex(relationship);
-  if (!index) return {};
-  return relationships_[*index];
+  if (relationships_ == nullptr || !entity_->relationshipIndex(relationship)) return {};
+  return relationships_->members(relationship, row_);
 }
 
 }  // namespace annivo

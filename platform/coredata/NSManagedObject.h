@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/coredata/NSManagedObjectModel.h"
+#include "platform/coredata/RelationshipTable.h"
 #include "platform/foundation/PropertyList.h"
 
 namespace annivo {
@@ -19,7 +20,10 @@ namespace annivo {
 /// zone: the stored instant. (The store does this when it reads.)
 class NSManagedObject {
  public:
-  NSManagedObject(const NSEntityDescription& entity, std::int64_t objectID);
+  /// `relationships`, where there are any, outlives the object; `row` is its place in it.
+  NSManagedObject(const NSEntityDescription& entity, std::int64_t objectID,
+                  const RelationshipTable* relationships = nullptr, std::uint32_t row = 0)
+      : entity_(&entity), objectID_(objectID), relationships_(relationships), row_(row) {}
 
   [[nodiscard]] const NSEntityDescription& entity() const { return *entity_; }
   [[nodiscard]] std::int64_t objectID() const { return objectID_; }
@@ -33,20 +37,23 @@ class NSManagedObject {
   /// The members of a to-many relationship, ascending by objectID.
   [[nodiscard]] std::span<const NSManagedObject* const> toMany(std::string_view relationship) const;
 
-  // For stores.
-  [[nodiscard]] PropertyList& attributeAt(std::size_t index) { return attributes_[index]; }
-  [[nodiscard]] const PropertyList& attributeAt(std::size_t index) const {
-    return attributes_[index];
-  }
-  [[nodiscard]] std::vector<const NSManagedObject*>& relationshipAt(std::size_t index) {
-    return relationships_[index];
-  }
+  // For stores. Attributes by their index in the entity's description.
+  struct Attribute {
+    std::size_t index;
+    PropertyList value;
+  };
+  [[nodiscard]] PropertyList& attributeAt(std::size_t index);
+  [[nodiscard]] const PropertyList& attributeAt(std::size_t index) const;
+  /// Takes what `attributes` holds, ascending by index, in place of all that the object had.
+  void takeAttributes(std::vector<Attribute>& attributes);
 
  private:
   const NSEntityDescription* entity_;
   std::int64_t objectID_;
-  std::vector<PropertyList> attributes_;
-  std::vector<std::vector<const NSManagedObject*>> relationships_;
+  /// Ascending by index. What is nil need not be there: most cards leave most fields empty.
+  std::vector<Attribute> attributes_;
+  const RelationshipTable* relationships_;
+  std::uint32_t row_;
 };
 
 }  // namespace annivo

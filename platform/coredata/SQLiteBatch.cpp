@@ -21,29 +21,29 @@ struct Column {
 
 struct Columns {
   std::vector<Column> attributes;
-  std::vector<Column> toOnes;
+  std::vector<std::string> toOnes;  ///< as the batch lists them
 };
 
-Columns columnsOf(const SQLiteBatch& batch, const SQLiteSchema& schema) {
+/// The columns that the file has, one a property however many kinds have it. Lists the to-one
+/// relationships in the batch.
+Columns columnsOf(SQLiteBatch& batch, const SQLiteSchema& schema) {
   Columns columns;
   std::set<std::string> seen;
-  const auto add = [&](const std::string& property, std::vector<Column>& list, AttributeType type,
-                       auto index) {
-    if (!seen.insert(property).second) return;
-    const auto name = schema.column(batch.table, property);
-    if (!name) return;
-    Column column{.name = *name, .type = type, .places = {}};
-    for (const auto& kind : batch.kinds) column.places.push_back((kind.entity->*index)(property));
-    list.push_back(std::move(column));
-  };
   for (const auto& kind : batch.kinds) {
     for (const auto& attribute : kind.entity->attributes) {
-      add(attribute.name, columns.attributes, attribute.type, &NSEntityDescription::attributeIndex);
+      const auto name = schema.column(batch.table, attribute.name);
+      if (!name || !seen.insert(attribute.name).second) continue;
+      Column column{.name = *name, .type = attribute.type, .places = {}};
+      for (const auto& other : batch.kinds) {
+        column.places.push_back(other.entity->attributeIndex(attribute.name));
+      }
+      columns.attributes.push_back(std::move(column));
     }
     for (const auto& relationship : kind.entity->relationships) {
-      if (relationship.toMany) continue;
-      add(relationship.name, columns.toOnes, AttributeType::integer,
-          &NSEntityDescription::relationshipIndex);
+      const auto name = schema.column(batch.table, relationship.name);
+      if (relationship.toMany || !name || !seen.insert(relationship.name).second) continue;
+      columns.toOnes.push_back(*name);
+      batch.toOnes.push_back({.relationship = &relationship, .links = {}});
     }
   }
   return columns;
@@ -51,9 +51,8 @@ Columns columnsOf(const SQLiteBatch& batch, const SQLiteSchema& schema) {
 
 std::string query(const SQLiteBatch& batch, const Columns& columns) {
   std::string sql = "SELECT Z_PK, Z_ENT";
-  for (const auto* list : {&columns.attributes, &columns.toOnes}) {
-    for (const Column& column : *list) sql += ", \"" + column.name + '"';
-  }
+  for (const Column& column : columns.attributes) sql += ", \"" + column.name + '"';
+  for (const std::string& column : columns.toOnes) sql += ", \"" + column + '"';
   sql += " FROM \"" + batch.table + "\" WHERE Z_ENT IN (";
   for (std::size_t i = 0; i < batch.kinds.size(); ++i) {
     if (i != 0) sql += ", ";
@@ -85,38 +84,41 @@ PropertyList readValue(const SQLiteStatement& row, int column, AttributeType typ
 }
 
 void readRow(SQLiteBatch& batch, Columns& columns, const SQLiteStatement& row,
-             const NSTimeZone& zone) {
+             const NSTimeZone& zone, std::vector<NSManagedObject::Attribute>& attributes) {
   const auto objectID = row.integer(0);
   const auto kind = std::find_if(batch.kinds.begin(), batch.kinds.end(),
                                  [&](const auto& k) { return k.number == row.integer(1); });
   if (!objectID || kind == batch.kinds.end()) return;
   const auto kindIndex = static_cast<std::size_t>(kind - batch.kinds.begin());
-  NSManagedObject& object = batch.objects.emplace_back(*kind->entity, *objectID);
+  const auto place = static_cast<std::uint32_t>(batch.objects.size());
+  NSManagedObject& object =
+      batch.objects.emplace_back(*kind->entity, *objectID, &batch.relationships, place);
 
-  int index = 2;
+  int at = 2;
   for (Column& column : columns.attributes) {
-    const int at = index++;
-    const auto place = column.places[kindIndex];
-    if (!place || row.isNull(at)) continue;
-    PropertyList value = readValue(row, at, column.type, zone);
-    if (value.isNil()) ++column.unusable;
-    object.attributeAt(*place) = std::move(value);
+    const int index = at++;
+    if (!column.places[kindIndex] || row.isNull(index)) continue;
+    PropertyList value = readValue(row, index, column.type, zone);
+    if (value.isNil()) {
+      ++column.unusable;
+    } else {
+      attributes.push_back({*column.places[kindIndex], std::move(value)});
+    }
   }
-  for (const Column& column : columns.toOnes) {
-    const int at = index++;
-    const auto place = column.places[kindIndex];
-    const auto destination = row.integer(at);
-    if (place && destination) batch.links.push_back({&object, *place, *destination});
+  object.takeAttributes(attributes);
+  for (SQLiteBatch::ToOne& toOne : batch.toOnes) {
+    if (const auto destination = row.integer(at++)) toOne.links.push_back({place, *destination});
   }
 }
 
 }  // namespace
 
-NSManagedObject* SQLiteBatch::find(std::int64_t objectID) {
+std::optional<std::uint32_t> SQLiteBatch::rowOf(std::int64_t objectID) const {
   const auto found = std::lower_bound(
       objects.begin(), objects.end(), objectID,
       [](const NSManagedObject& object, std::int64_t id) { return object.objectID() < id; });
-  return found != objects.end() && found->objectID() == objectID ? &*found : nullptr;
+  if (found == objects.end() || found->objectID() != objectID) return std::nullopt;
+  return static_cast<std::uint32_t>(found - objects.begin());
 }
 
 Result<void> readBatch(SQLiteBatch& batch, const SQLiteDatabase& database,
@@ -125,11 +127,12 @@ Result<void> readBatch(SQLiteBatch& batch, const SQLiteDatabase& database,
   Columns columns = columnsOf(batch, schema);
   auto statement = database.prepare(query(batch, columns));
   if (!statement) return statement.error();
+  std::vector<NSManagedObject::Attribute> attributes;
   for (;;) {
     const auto row = statement->step();
     if (!row) return row.error();
     if (!*row) break;
-    readRow(batch, columns, *statement, zone);
+    readRow(batch, columns, *statement, zone, attributes);
   }
   for (const Column& column : columns.attributes) {
     if (column.unusable == 0) continue;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,19 +17,27 @@ namespace annivo {
 /// What one query of a store gave: all objects of some kinds that share a table.
 struct SQLiteBatch {
   /// A to-one relationship that was read and waits for the objects it leads to.
-  struct Link {
-    NSManagedObject* object;
-    std::size_t relationship;
-    std::int64_t destination;
+  struct ToOne {
+    struct Link {
+      std::uint32_t row;
+      std::int64_t destination;
+    };
+    const NSRelationshipDescription* relationship;
+    std::vector<Link> links;
   };
 
   std::string table;
   std::vector<SQLiteSchema::Kind> kinds;
   std::deque<NSManagedObject> objects;  ///< ascending by objectID
-  std::vector<Link> links;
+  std::vector<ToOne> toOnes;
+  RelationshipTable relationships;  ///< by place in `objects`
 
-  /// Null when there is no such object in it.
-  [[nodiscard]] NSManagedObject* find(std::int64_t objectID);
+  SQLiteBatch() = default;
+  SQLiteBatch(const SQLiteBatch&) = delete;
+  SQLiteBatch& operator=(const SQLiteBatch&) = delete;
+
+  /// The place of an object in it.
+  [[nodiscard]] std::optional<std::uint32_t> rowOf(std::int64_t objectID) const;
 };
 
 /// Fills a batch of which table and kinds are set. A value that its column should not hold is read

@@ -42,6 +42,18 @@ class SQLiteStore final : public NSPersistentStore {
   Result<void> save() override { return {}; }
 
  private:
+  /// The objects that a relationship can lead to.
+  class Destinations {
+   public:
+    Destinations(const SQLiteStore& store, const NSRelationshipDescription& relationship);
+    [[nodiscard]] const NSManagedObject* find(std::int64_t objectID) const;
+
+   private:
+    const SQLiteStore& store_;
+    std::string entity_;
+    std::vector<const SQLiteBatch*> batches_;
+  };
+
   [[noreturn]] void refuse() const {
     std::cerr << "The store " << path_ << " is for reading only\n";
     std::abort();
@@ -52,12 +64,11 @@ class SQLiteStore final : public NSPersistentStore {
   [[nodiscard]] std::vector<SQLiteSchema::Kind> kindsToLoad(
       const NSEntityDescription& entity) const;
   Result<void> loadDestinations(const SQLiteBatch& batch);
-  void resolveLinks(SQLiteBatch& batch);
-  Result<void> readToMany(SQLiteBatch& batch);
-  Result<void> readJoinTable(SQLiteBatch& batch, const SQLiteSchema::JoinTable& join,
-                             const NSRelationshipDescription& relationship);
-  [[nodiscard]] const NSManagedObject* find(const NSRelationshipDescription& relationship,
-                                            std::int64_t objectID);
+  void resolveToOnes(SQLiteBatch& batch);
+  Result<void> readToManys(SQLiteBatch& batch);
+  Result<std::vector<RelationshipTable::Link>> readJoinTable(
+      const SQLiteBatch& batch, const SQLiteSchema::JoinTable& join,
+      const NSRelationshipDescription& relationship);
   [[nodiscard]] std::vector<NSManagedObject*> objectsOf(const NSEntityDescription& entity);
 
   const NSManagedObjectModel& model_;
@@ -99,7 +110,7 @@ Result<void> SQLiteStore::loadInOneTransaction(const NSEntityDescription& entity
   const auto loaded = loadEntity(entity);
   const auto ended = database_.execute(loaded ? "COMMIT" : "ROLLBACK");
   if (loaded && ended) return {};
-  batches_.resize(batchesBefore);
+  while (batches_.size() > batchesBefore) batches_.pop_back();
   notes_.resize(notesBefore);
   return loaded ? ended : loaded;
 }
@@ -122,8 +133,8 @@ Result<void> SQLiteStore::loadEntity(const NSEntityDescription& entity) {
   batch.kinds = std::move(kinds);
   if (const auto read = readBatch(batch, database_, schema_, zone_, notes_); !read) return read;
   if (const auto loaded = loadDestinations(batch); !loaded) return loaded;
-  resolveLinks(batch);
-  return readToMany(batch);
+  resolveToOnes(batch);
+  return readToManys(batch);
 }
 
 Result<void> SQLiteStore::loadDestinations(const SQLiteBatch& batch) {
@@ -136,66 +147,77 @@ Result<void> SQLiteStore::loadDestinations(const SQLiteBatch& batch) {
   return {};
 }
 
-void SQLiteStore::resolveLinks(SQLiteBatch& batch) {
-  for (const auto& [object, index, destination] : batch.links) {
-    const auto* found = find(object->entity().relationships[index], destination);
-    if (found != nullptr) object->relationshipAt(index) = {found};
+void SQLiteStore::resolveToOnes(SQLiteBatch& batch) {
+  for (auto& [relationship, links] : batch.toOnes) {
+    const Destinations destinations(*this, *relationship);
+    std::vector<RelationshipTable::Link> resolved;
+    resolved.reserve(links.size());
+    for (const auto& [row, destination] : links) {
+      if (const auto* member = destinations.find(destination)) resolved.push_back({row, member});
+    }
+    batch.relationships.set(relationship->name, std::move(resolved), batch.objects.size());
   }
-  batch.links = {};
+  batch.toOnes = {};
 }
 
-Result<void> SQLiteStore::readToMany(SQLiteBatch& batch) {
-  std::set<std::string> done;
+SQLiteStore::Destinations::Destinations(const SQLiteStore& store,
+                                        const NSRelationshipDescription& relationship)
+    : store_(store), entity_(relationship.destination) {
+  const std::string table = store.schema_.tableOf(*store.model_.entityForName(entity_));
+  for (const SQLiteBatch& batch : store.batches_) {
+    if (batch.table == table) batches_.push_back(&batch);
+  }
+}
+
+const NSManagedObject* SQLiteStore::Destinations::find(std::int64_t objectID) const {
+  for (const SQLiteBatch* batch : batches_) {
+    const auto row = batch->rowOf(objectID);
+    if (!row) continue;
+    const NSManagedObject& object = batch->objects[*row];
+    return store_.model_.isKindOf(object.entity(), entity_) ? &object : nullptr;
+  }
+  return nullptr;
+}
+
+Result<void> SQLiteStore::readToManys(SQLiteBatch& batch) {
+  std::map<std::string, std::vector<RelationshipTable::Link>> links;
+  std::set<std::string> read;
   for (const auto& kind : batch.kinds) {
     for (const auto& relationship : kind.entity->relationships) {
       if (!relationship.toMany) continue;
       const auto join = schema_.joinTable(kind, relationship);
-      if (!join || !done.insert(join->table).second) continue;
-      if (const auto read = readJoinTable(batch, *join, relationship); !read) return read;
+      if (!join || !read.insert(join->table).second) continue;
+      auto joined = readJoinTable(batch, *join, relationship);
+      if (!joined) return joined.error();
+      auto& all = links[relationship.name];
+      all.insert(all.end(), joined->begin(), joined->end());
     }
+  }
+  for (auto& [name, all] : links) {
+    batch.relationships.set(name, std::move(all), batch.objects.size());
   }
   return {};
 }
 
-Result<void> SQLiteStore::readJoinTable(SQLiteBatch& batch, const SQLiteSchema::JoinTable& join,
-                                        const NSRelationshipDescription& relationship) {
+Result<std::vector<RelationshipTable::Link>> SQLiteStore::readJoinTable(
+    const SQLiteBatch& batch, const SQLiteSchema::JoinTable& join,
+    const NSRelationshipDescription& relationship) {
   auto statement = database_.prepare("SELECT \"" + join.ownColumn + "\", \"" + join.otherColumn +
                                      "\" FROM \"" + join.table + '"');
   if (!statement) return statement.error();
+  const Destinations destinations(*this, relationship);
+  std::vector<RelationshipTable::Link> links;
   for (;;) {
     const auto row = statement->step();
     if (!row) return row.error();
-    if (!*row) break;
+    if (!*row) return links;
     const auto own = statement->integer(0);
     const auto other = statement->integer(1);
     if (!own || !other) continue;
-    NSManagedObject* object = batch.find(*own);
-    if (object == nullptr) continue;
-    const auto index = object->entity().relationshipIndex(relationship.name);
-    const NSManagedObject* member = find(relationship, *other);
-    if (index && member != nullptr) object->relationshipAt(*index).push_back(member);
+    const auto place = batch.rowOf(*own);
+    const NSManagedObject* member = destinations.find(*other);
+    if (place && member != nullptr) links.push_back({*place, member});
   }
-  for (NSManagedObject& object : batch.objects) {
-    const auto index = object.entity().relationshipIndex(relationship.name);
-    if (!index) continue;
-    auto& members = object.relationshipAt(*index);
-    std::sort(members.begin(), members.end(),
-              [](const auto* a, const auto* b) { return a->objectID() < b->objectID(); });
-    members.erase(std::unique(members.begin(), members.end()), members.end());
-  }
-  return {};
-}
-
-const NSManagedObject* SQLiteStore::find(const NSRelationshipDescription& relationship,
-                                         std::int64_t objectID) {
-  const std::string table = schema_.tableOf(*model_.entityForName(relationship.destination));
-  for (SQLiteBatch& batch : batches_) {
-    if (batch.table != table) continue;
-    const NSManagedObject* object = batch.find(objectID);
-    if (object == nullptr) continue;
-    return model_.isKindOf(object->entity(), relationship.destination) ? object : nullptr;
-  }
-  return nullptr;
 }
 
 std::vector<NSManagedObject*> SQLiteStore::objectsOf(const NSEntityDescription& entity) {
