@@ -69,7 +69,7 @@ void FeedFetcher::request(const std::string& address) {
     curl_easy_setopt(easy_, CURLOPT_CAINFO, limits_.authorities.c_str());
   }
   curl_easy_setopt(easy_, CURLOPT_USERAGENT, "Annivo update check");
-  curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
+  // CURLOPT_NOSIGNAL stays off: with it a connection that breaks while TLS writes is a SIGPIPE.
   curl_easy_setopt(easy_, CURLOPT_QUICK_EXIT, 1L);  // do not wait for a slow name server at the end
   curl_easy_setopt(easy_, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limits_.bytes));
   curl_easy_setopt(easy_, CURLOPT_HEADERFUNCTION, &FeedFetcher::receiveHeader);
