@@ -45,8 +45,12 @@ NSPersistentStoreCoordinator* core_data_for_dates_AppDelegate::persistentStoreCo
                           "/Library/Application Support; the event ledger is kept in " + folder);
   }
   NSFileManager& files = platform_.fileManager();
-  // A folder that cannot be made shows when something is written there.
-  if (!files.fileExistsAtPath(folder)) (void)files.createDirectory(folder);
+  // The run goes on without it; the run's mark tries again.
+  if (!files.fileExistsAtPath(folder)) {
+    if (const auto made = files.createDirectory(folder); !made) {
+      platform_.log().write(made.error().text());
+    }
+  }
   const NSManagedObjectModel* model = managedObjectModel();
   if (!model) return nullptr;
   persistentStoreCoordinator_ =
