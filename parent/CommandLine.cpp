@@ -32,7 +32,8 @@ struct CommandLine::State {
   ImportRequest import{{}, "vCards", {}};
   std::string kind, calendar, title, key, shell, from;
   std::optional<std::string> forKind;
-  std::vector<std::string> values, words;
+  std::vector<std::string> values;
+  CLI::App* valued = nullptr;
   bool reset = false, print = false;
   NewAlarm alarm;
   int number = 0;
@@ -45,18 +46,10 @@ struct CommandLine::State {
     return added;
   }
 
-  /// Without CLI11's reading of "[a,b]" as two values.
-  static CLI::Option* list(CLI::App& command, const char* name, std::vector<std::string>& target,
-                           const char* help) {
-    return command.add_option(name, target, help)
-        ->expected(0, CLI::detail::expected_max_vector_size)
-        ->allow_extra_args(false);
-  }
-
   void addContacts() {
     CLI::App& imports = command(app, "import", "Bring in contacts from vCard files and folders",
                                 [this](Session& s) { importCommand(s, import); });
-    list(imports, "PATH", import.paths, "vCard files, or folders of them")->required();
+    imports.add_option("PATH", import.paths, "vCard files, or folders of them")->required();
     imports.add_option("--source", import.source,
                        "Name of the source; importing into it again replaces it");
     imports.add_option("--me", import.me, "UID of your own card");
@@ -96,9 +89,12 @@ struct CommandLine::State {
           setSettingCommand(s, key, values);
         });
     settingsApp.add_option("KEY", key, "The setting");
-    list(settingsApp, "VALUE", values, "Its new value");
     settingsApp.add_flag("--reset", reset, "Go back to the default");
-
+    // The words of a value stay as they are: CLI11 would take "[a,b]" for two.
+    settingsApp.fallthrough(false)->allow_extras();
+    settingsApp.add_flag("--json", json, "Results as JSON");
+    settingsApp.footer("VALUE ... after KEY sets it.");
+    valued = &settingsApp;
     CLI::App& alarms = command(app, "alarms", "List, add and remove alarms", alarmsCommand);
     alarms.require_subcommand(0, 1);
     CLI::App& add = command(alarms, "add", "Add an alarm to every event",
@@ -171,6 +167,10 @@ CommandLine::Outcome CommandLine::parse(const std::vector<std::string>& words, s
   try {
     std::vector<std::string> reversed(words.rbegin(), words.rend());
     state_->app.parse(std::move(reversed));
+    state_->values = state_->valued->remaining();
+    for (const std::string& value : state_->values) {
+      if (value.starts_with("--")) throw CLI::ExtrasError({value});
+    }
     return Outcome::command;
   } catch (const CLI::Success& success) {  // Help and version.
     state_->app.exit(success, out, err);
