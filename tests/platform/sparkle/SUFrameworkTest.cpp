@@ -33,10 +33,19 @@ class RecordingDelegate final : public SUUpdaterDelegate {
 /// The module as built, checking the product of a test home, whose version is 2.0.0.
 class SUFrameworkTest : public testing::Test {
  protected:
-  void SetUp() override {
+  void SetUp() override { load(); }
+  void load() {
     auto loaded = SUFramework::load(NSBundle(files_, kBuiltFramework));
     ASSERT_TRUE(loaded) << loaded.error().text();
     framework_ = std::move(*loaded);
+  }
+
+  /// As if in another process; the updater goes before the host that it uses.
+  void startOver() {
+    delegate_ = {};
+    framework_.reset();
+    home_.endRun();
+    load();
   }
 
   SUUpdater& updater() {
@@ -82,8 +91,7 @@ TEST_F(SUFrameworkTest, FindsANewerVersion) {
 
 TEST_F(SUFrameworkTest, FindsNothingQuietlyWhereNothingIsNewer) {
   for (const char* path : {"/version/2.0.0", "/version/2.0", "/version/1.9", "/none"}) {
-    delegate_ = {};
-    home_.endRun();
+    startOver();
     check(server_.url(path));
     EXPECT_EQ(found(), "") << path;
   }
@@ -93,9 +101,8 @@ TEST_F(SUFrameworkTest, FindsNothingQuietlyWhereNothingIsNewer) {
 TEST_F(SUFrameworkTest, FindsNothingWithALineInTheLogWhereSomethingFails) {
   for (const char* path : {"/broken", "/empty", "/status/404", "/size/50000000", "/endless",
                            "/loop", "/short", "/redirect?to=file:///etc/passwd"}) {
-    delegate_ = {};
+    startOver();
     home_.log.clear();
-    home_.endRun();
     check(server_.url(path));
     EXPECT_EQ(found(), "") << path;
     EXPECT_EQ(home_.log.count(path), 1u) << path;
@@ -119,8 +126,7 @@ TEST_F(SUFrameworkTest, TakesTheFeedOfTheInfoPropertyListWithoutAPreference) {
   check();
   EXPECT_EQ(found(), "3");
 
-  delegate_ = {};
-  home_.endRun();
+  startOver();
   check(server_.url("/version/4"));
   EXPECT_EQ(found(), "4") << "the preference comes first";
 }
