@@ -179,15 +179,34 @@ Result<void> OverlayFileManager::removeFile(const std::string& path) {
   return {};
 }
 
-/// Files only: nothing here renames folders.
 Result<void> OverlayFileManager::rename(const std::string& from, const std::string& to) {
   const auto there = attributesAtPath(from, Links::doNotFollow);
   if (!there) return there.error();
-  if (there->type == FileType::directory) return errorFromErrno(EISDIR, "rename", from);
+  if (there->type == FileType::directory) return renameDirectory(from, to);
   auto content = contentsAtPath(from, kDefaultLimit);
   if (!content) return content.error();
   if (auto written = writeAtomically(to, *content); !written) return written;
   return removeFile(from);
+}
+
+Result<void> OverlayFileManager::renameDirectory(const std::string& from, const std::string& to) {
+  if (base_.attributesAtPath(from, Links::doNotFollow)) {
+    return errorFromErrno(EXDEV, "rename", from);
+  }
+  if (attributesAtPath(to, Links::doNotFollow)) return errorFromErrno(EEXIST, "rename", to);
+  if (auto made = createDirectory(to); !made) return made;
+  const auto [folder, name] = split(from);
+  folders_[folder].erase(name);
+  std::vector<std::string> inside;
+  for (const auto& [path, entries] : folders_) {
+    if (path == from || path.starts_with(from + '/')) inside.push_back(path);
+  }
+  for (const std::string& path : inside) {
+    auto moved = folders_.extract(path);
+    moved.key() = to + path.substr(from.size());
+    folders_.insert(std::move(moved));
+  }
+  return {};
 }
 
 Result<std::unique_ptr<FileLock>> OverlayFileManager::lock(const std::string& path) {

@@ -52,6 +52,8 @@ class OverlayFileManager final : public NSFileManager {
 
   [[nodiscard]] const Entry* find(const std::string& path) const;
   Entry& entry(const std::string& path);
+  /// Only of a folder that the base does not have.
+  Result<void> renameDirectory(const std::string& from, const std::string& to);
   [[nodiscard]] Result<void> mayChange(const std::string& path) const;
 
   const NSFileManager& base_;

@@ -46,6 +46,11 @@ class Reader {
     finishNames();
     contact_.isGroup = kind_ == "GROUP";
     if (contact_.isGroup) contact_.groupName = contact_.shownName;
+    const StoredPerson& person = contact_.person;
+    if (contact_.shownName.empty() && !contact_.isGroup && !person.birthday &&
+        person.dates.empty()) {
+      return reason("the card names nobody");
+    }
     return std::move(contact_);
   }
 

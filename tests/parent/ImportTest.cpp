@@ -164,7 +164,7 @@ TEST_F(Import, SkipsASecondCardOfTheSameUID) {
   const ImportReport report = imported(kAnn + vCard("FN:Other\nUID:urn:uuid:u1\n"));
   EXPECT_EQ(report.people, 1U);
   ASSERT_EQ(report.skippedCards.size(), 1U);
-  EXPECT_EQ(report.skippedCards[0].where, home.path("cards.vcf") + ":8 Other");
+  EXPECT_EQ(report.skippedCards[0].where, home.path("cards.vcf") + ":9 Other");
   EXPECT_EQ(report.skippedCards[0].reason, "a card with the same UID came before");
 }
 

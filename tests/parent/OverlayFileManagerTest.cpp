@@ -103,6 +103,17 @@ TEST_F(OverlayFileManagerTest, RenamesFiles) {
   EXPECT_EQ(changed(), "sub/old sub/other");
 }
 
+TEST_F(OverlayFileManagerTest, RenamesFoldersOfItsOwnWithAllTheyHold) {
+  ASSERT_TRUE(files.createDirectoriesUnder(folder.path(), folder.path("a/b")).ok());
+  ASSERT_TRUE(files.writeAtomically(folder.path("a/b/c"), "c").ok());
+  ASSERT_TRUE(files.rename(folder.path("a"), folder.path("sub/z")).ok());
+  EXPECT_EQ(names(""), "sub");
+  EXPECT_EQ(content("sub/z/b/c"), "c");
+  EXPECT_EQ(content("a/b/c"), "(absent)");
+  EXPECT_FALSE(files.rename(folder.path("sub/z"), folder.path("sub/old")).ok());
+  EXPECT_FALSE(files.rename(folder.path("sub"), folder.path("other")).ok());
+}
+
 TEST_F(OverlayFileManagerTest, RefusesWhatTheBaseWouldRefuse) {
   EXPECT_EQ(files.writeAtomically(folder.path("gone/x"), "").error().kind, Error::Kind::absent);
   EXPECT_FALSE(files.writeAtomically(folder.path("sub"), "").ok());

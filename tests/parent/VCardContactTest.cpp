@@ -174,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(
         Names{"OnlyOrganization", "N:;;;;\nORG:Acme\n", "-", "-", 1},
         Names{"PersonAtACompany", "FN:Ann Smith\nORG:Acme\n", "Ann", "Smith", 0},
         Names{"KindOrg", "KIND:org\nFN:Acme\nORG:Acme\n", "-", "-", 1},
-        Names{"Nothing", "NOTE:x\n", "-", "-", 0}),
+        Names{"OnlyADate", "BDAY:19800610\n", "-", "-", 0}),
     [](const auto& row) { return row.param.name; });
 
 TEST(VCardContact, ReadsGroupCardsOfBothKinds) {
@@ -187,6 +187,12 @@ TEST(VCardContact, ReadsGroupCardsOfBothKinds) {
     EXPECT_EQ(contact.groupName, "Family");
     EXPECT_EQ(contact.members, (std::vector<std::string>{"urn:uuid:u1", "urn:uuid:u2"}));
   }
+}
+
+TEST(VCardContact, RefusesACardThatNamesNobody) {
+  const auto contact = readContact(VCard::parse("VERSION:3.0\nNOTE:x\nUID:u\n"));
+  ASSERT_FALSE(contact.ok());
+  EXPECT_EQ(contact.error().description, "the card names nobody");
 }
 
 TEST(VCardContact, RefusesACardWhoseNameIsNotValidUTF8) {
