@@ -18,9 +18,8 @@ std::size_t hashOf(const LedgerIdentity& identity) {
 }  // namespace
 
 std::shared_ptr<CalEvent> CalCalendarStore::eventWithUID(const std::string& uid) {
-  const auto name = pathComponent(uid, "event identifier \"" + uid + "\"");
-  if (!name) {
-    log_.write(name.error().text());
+  if (const auto name = pathComponent(uid, "event identifier"); !name) {
+    log_.write(name.error().text() + " \"" + uid + "\"");
     return nullptr;
   }
   const std::string file = uid + std::string(kSuffix);

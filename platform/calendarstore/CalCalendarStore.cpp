@@ -70,8 +70,8 @@ const std::vector<std::shared_ptr<CalCalendar>>& CalCalendarStore::calendars() {
 
 std::shared_ptr<CalCalendar> CalCalendarStore::calendarWithUID(const std::string& uid) {
   if (uid.empty()) return nullptr;
-  if (const auto name = pathComponent(uid, "calendar identifier \"" + uid + "\""); !name) {
-    log_.write(name.error().text());
+  if (const auto name = pathComponent(uid, "calendar identifier"); !name) {
+    log_.write(name.error().text() + " \"" + uid + "\"");
     return nullptr;
   }
   const auto& all = calendars();

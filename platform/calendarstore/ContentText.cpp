@@ -128,13 +128,12 @@ std::string escapedText(std::string_view text) {
 std::string unescapedText(std::string_view value) {
   std::string out;
   out.reserve(value.size());
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    if (value[i] != '\\' || i + 1 == value.size()) {
-      out += value[i];
-      continue;
-    }
-    ++i;
-    out += value[i] == 'n' || value[i] == 'N' ? '\n' : value[i];
+  for (std::size_t i = 0; i < value.size();) {
+    const std::size_t escape = std::min(value.find('\\', i), value.size() - 1);
+    if (value[escape] != '\\' || escape + 1 == value.size()) return out.append(value.substr(i));
+    const char c = value[escape + 1];
+    out.append(value, i, escape - i) += c == 'n' || c == 'N' ? '\n' : c;
+    i = escape + 2;
   }
   return out;
 }
