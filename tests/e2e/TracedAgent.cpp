@@ -118,10 +118,13 @@ pid_t startStopped(const std::string& home) {
   ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
   raise(SIGSTOP);
   std::string executable = AgentHome::agentExecutable();
-  std::string variables[] = {"HOME=" + home, "TZ=UTC", "LANG=en_US.UTF-8"};
+  // The search for leaks traces the process itself, which one that is traced already cannot have;
+  // the runs that are not traced look for them.
+  std::string variables[] = {"HOME=" + home, "TZ=UTC", "LANG=en_US.UTF-8",
+                             "ASAN_OPTIONS=detect_leaks=0"};
   char* const arguments[] = {executable.data(), nullptr};
   char* const environment[] = {variables[0].data(), variables[1].data(), variables[2].data(),
-                               nullptr};
+                               variables[3].data(), nullptr};
   execve(executable.c_str(), arguments, environment);
   _exit(127);
 }
