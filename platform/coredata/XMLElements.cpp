@@ -7,8 +7,6 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-bool isSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
-
 Error malformed(const char* reason) {
   return {.kind = Error::Kind::malformed,
           .domain = "NSCocoaErrorDomain",
@@ -44,7 +42,10 @@ bool XMLElements::skipMarkup() {
 
 bool XMLElements::skipMiscellany() {
   for (;;) {
-    while (at_ < text_.size() && isSpace(text_[at_])) ++at_;
+    const char* const end = text_.data() + text_.size();
+    const char* next = text_.data() + at_;
+    while (next != end && (*next == ' ' || *next == '\n' || *next == '\t' || *next == '\r')) ++next;
+    at_ = text_.size() - static_cast<std::size_t>(end - next);
     if (!at("<!--") && !at("<?")) return true;
     if (!skipMarkup()) return false;
   }

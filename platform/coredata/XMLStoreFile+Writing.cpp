@@ -11,6 +11,8 @@ namespace annivo {
 namespace {
 
 constexpr const char* kGeneration = "AnnivoGeneration";
+/// Bytes that an object takes at most in general.
+constexpr std::size_t kUsualObject = 420;
 
 std::string mapped(std::string text, char first, char last, int shift) {
   for (char& c : text) {
@@ -149,6 +151,7 @@ std::string newXMLStore(XMLStoreContent& content) {
       "        </metadata>\n"
       "    </databaseInfo>";
   out += content.infoText + "\n";
+  out.reserve(out.size() + content.rows.size() * kUsualObject);
   for (XMLStoreRow& row : content.rows) {
     if (row.removed) continue;
     out += "    ";
@@ -158,49 +161,47 @@ std::string newXMLStore(XMLStoreContent& content) {
     out += '\n';
   }
   content.rootEnd = out.size();
-  return out + "</database>\n";
+  out += "</database>\n";
+  return out;
 }
 
 std::string editedXMLStore(std::string_view bytes, const XMLStoreContent& content,
                            const XMLStoreInfo& info, const std::vector<XMLStoreRow*>& changed) {
   std::vector<Edit> edits;
-  std::size_t grown = 0;
-  const auto replace = [&](std::size_t begin, std::size_t end, std::string text) {
-    grown += text.size();
-    edits.push_back({begin, end, std::move(text)});
-  };
-  replace(content.infoOffset, content.infoOffset + content.infoText.size(),
-          editedInfo(content.infoText, info));
-  std::string added;
+  edits.push_back({content.infoOffset, content.infoOffset + content.infoText.size(),
+                   editedInfo(content.infoText, info)});
   for (const XMLStoreRow* row : changed) {
+    if (row->length == 0) continue;
     const std::size_t end = std::size_t{row->offset} + row->length;
-    if (row->length == 0) {
-      if (row->removed) continue;
-      added += "    ";
-      appendXMLObject(added, *row);
-      added += '\n';
-    } else if (row->removed) {
-      replace(lineStart(bytes, row->offset), end, "");
+    if (row->removed) {
+      edits.push_back({lineStart(bytes, row->offset), end, ""});
     } else {
       std::string text;
       appendXMLObject(text, *row);
-      replace(row->offset, end, std::move(text));
+      edits.push_back({row->offset, end, std::move(text)});
     }
   }
-  if (!added.empty() && bytes[content.rootEnd - 1] != '\n') added.insert(0, 1, '\n');
-  replace(content.rootEnd, content.rootEnd, std::move(added));
   std::sort(edits.begin(), edits.end(),
             [](const Edit& a, const Edit& b) { return a.begin < b.begin; });
 
   std::string out;
-  out.reserve(bytes.size() + grown);
+  out.reserve(bytes.size() + changed.size() * kUsualObject);
   std::size_t at = 0;
   for (const Edit& edit : edits) {
     out.append(bytes, at, edit.begin - at);
     out += edit.text;
     at = edit.end;
   }
-  return out.append(bytes, at);
+  out.append(bytes, at, content.rootEnd - at);
+  bool ownLine = out.ends_with('\n');
+  for (const XMLStoreRow* row : changed) {
+    if (row->length > 0 || row->removed) continue;
+    out += ownLine ? "    " : "\n    ";
+    ownLine = true;
+    appendXMLObject(out, *row);
+    out += '\n';
+  }
+  return out.append(bytes, content.rootEnd);
 }
 
 }  // namespace annivo
