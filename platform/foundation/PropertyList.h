@@ -94,7 +94,8 @@ class PropertyList {
                                                      const std::string& name);
 /// The binary form; dates keep their fraction. Nil values inside are left out.
 [[nodiscard]] std::string binaryPropertyList(const PropertyList& value);
-/// The XML form; dates are whole seconds, characters that XML forbids become U+FFFD.
+/// The XML form; dates are whole seconds, characters that XML forbids become U+FFFD, and nulls, for
+/// which it has no form, are left out.
 [[nodiscard]] std::string xmlPropertyList(const PropertyList& value);
 
 }  // namespace annivo

@@ -183,6 +183,12 @@ TEST(PropertyListFile, KeepsValuesItHasNoTypeFor) {
   }
 }
 
+TEST(PropertyListFile, LeavesNullsOutOfXML) {
+  const PropertyList null = PropertyList::Foreign{std::string(1, '\0')};
+  EXPECT_EQ(parsed(xmlPropertyList(Dictionary{{"a", null}, {"b", Array{1, null, 2}}})),
+            PropertyList(Dictionary{{"b", Array{1, 2}}}));
+}
+
 TEST(PropertyListFile, PythonReadsWhatWeWrite) {
   const TemporaryFolder folder;
   folder.writeFile("binary.plist", binaryPropertyList(everyKind()));
