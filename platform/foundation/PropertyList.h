@@ -94,8 +94,8 @@ class PropertyList {
                                                      const std::string& name);
 /// The binary form; dates keep their fraction. Nil values inside are left out.
 [[nodiscard]] std::string binaryPropertyList(const PropertyList& value);
-/// The XML form; dates are whole seconds, characters that XML forbids become U+FFFD, and nulls, for
-/// which it has no form, are left out.
+/// The XML form; dates are whole seconds, characters that XML forbids become U+FFFD. Foreign values
+/// are left out: most have no form in XML.
 [[nodiscard]] std::string xmlPropertyList(const PropertyList& value);
 
 }  // namespace annivo

@@ -125,7 +125,7 @@ std::string xmlText(std::string_view text) {
 
 PropertyList xmlValue(const PropertyList& value) {
   if (value.string()) return xmlText(*value.string());
-  if (value.foreign() && value.foreign()->object == std::string(1, '\0')) return {};  // null
+  if (value.foreign()) return {};
   if (value.date()) return Date{std::chrono::floor<std::chrono::seconds>(*value.date())};
   if (value.array()) {
     PropertyList::Array elements;

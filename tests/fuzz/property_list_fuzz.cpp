@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(again.ok());
   // By their bytes: a number that is none does not equal itself.
   require(annivo::binaryPropertyList(*again) == binary);
-  if (list->foreign()) return 0;  // a null has no XML form
+  if (list->foreign()) return 0;  // which has no XML form
   require(annivo::parsePropertyList(annivo::xmlPropertyList(*list), "xml.plist").ok());
   return 0;
 }

@@ -183,10 +183,13 @@ TEST(PropertyListFile, KeepsValuesItHasNoTypeFor) {
   }
 }
 
-TEST(PropertyListFile, LeavesNullsOutOfXML) {
-  const PropertyList null = PropertyList::Foreign{std::string(1, '\0')};
-  EXPECT_EQ(parsed(xmlPropertyList(Dictionary{{"a", null}, {"b", Array{1, null, 2}}})),
-            PropertyList(Dictionary{{"b", Array{1, 2}}}));
+TEST(PropertyListFile, LeavesForeignValuesOutOfXML) {
+  for (const std::string& object :
+       {std::string(1, '\0'), std::string("\x80\x07", 2), "\x14" + std::string(16, '\x7F')}) {
+    const PropertyList foreign = PropertyList::Foreign{object};
+    EXPECT_EQ(parsed(xmlPropertyList(Dictionary{{"a", foreign}, {"b", Array{1, foreign, 2}}})),
+              PropertyList(Dictionary{{"b", Array{1, 2}}}));
+  }
 }
 
 TEST(PropertyListFile, PythonReadsWhatWeWrite) {
