@@ -96,6 +96,12 @@ Result<PropertyList> withAlarm(const PropertyList& table, const ListedAlarm& ala
   if (alarm.days < 0 || alarm.days > kMostDays) {
     return reason("an alarm comes 0 to 3650 days before the date");
   }
+  for (const ListedAlarm& there : listedAlarms(table, zone)) {
+    if (there.kind == alarm.kind && there.days == alarm.days && parseTime(there.time) == time &&
+        there.birthdays >= alarm.birthdays && there.anniversaries >= alarm.anniversaries) {
+      return table;
+    }
+  }
   const CivilTime today = zone.civil(now);
   const PropertyList moment = zone.date({.year = today.year,
                                          .month = today.month,

@@ -29,7 +29,8 @@ void alarmsCommand(Session& session) {
 
 void addAlarmCommand(Session& session, const NewAlarm& alarm) {
   AnvCalPrefs prefs(session.platform);
-  const auto table = withAlarm(prefs.prefs()["alarmTable"],
+  const PropertyList& stored = prefs.prefs()["alarmTable"];
+  const auto table = withAlarm(stored,
                                {.kind = alarm.kind,
                                 .days = alarm.days,
                                 .time = alarm.time,
@@ -37,7 +38,11 @@ void addAlarmCommand(Session& session, const NewAlarm& alarm) {
                                 .anniversaries = alarm.dates != "birthdays"},
                                session.platform.clock().now(), session.platform.defaultTimeZone());
   if (!table) throw Refusal{table.error().description};
-  storeChoices(session, {{"alarmTable", *table}});
+  if (*table == stored) {
+    session.console.note("There is such an alarm already; nothing is added.");
+  } else {
+    storeChoices(session, {{"alarmTable", *table}});
+  }
   alarmsCommand(session);
 }
 

@@ -22,6 +22,37 @@ const std::vector<std::string> kShells{"bash", "zsh", "fish"};
 
 using Action = std::function<void(Session&)>;
 
+/// The innermost command that the words name.
+const CLI::App& commandOf(const CLI::App& app) {
+  const CLI::App* command = &app;
+  while (!command->get_subcommands().empty()) command = command->get_subcommands().front();
+  return *command;
+}
+
+/// "annivo calendars choose".
+std::string fullName(const CLI::App& command) {
+  const CLI::App* parent = command.get_parent();
+  return (parent ? fullName(*parent) + ' ' : "") + command.get_name();
+}
+
+/// What is wrong with words that make no command.
+std::string problem(const CLI::App& app, const CLI::ParseError& error) {
+  const CLI::App& command = commandOf(app);
+  const bool wantsCommand = !command.get_subcommands({}).empty();
+  const std::vector<std::string> extras = app.remaining(true);
+  if (extras.empty() || command.get_allow_extras()) {
+    const std::string text = error.what();
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
+      return text.substr(0, text.find(':')) + " needs a value";
+    }
+    const bool wanted = wantsCommand && dynamic_cast<const CLI::RequiredError*>(&error);
+    return wanted ? "no command is given" : text;
+  }
+  const std::string quoted = '"' + extras.front() + '"';
+  if (extras.front().starts_with('-')) return "there is no option " + quoted;
+  return wantsCommand ? "there is no command " + quoted : quoted + " is a word too many";
+}
+
 }  // namespace
 
 struct CommandLine::State {
@@ -169,14 +200,16 @@ CommandLine::Outcome CommandLine::parse(const std::vector<std::string>& words, s
     state_->app.parse(std::move(reversed));
     state_->values = state_->valued->remaining();
     for (const std::string& value : state_->values) {
-      if (value.starts_with("--")) throw CLI::ExtrasError({value});
+      if (!value.starts_with("--")) continue;
+      throw CLI::ParseError("there is no option \"" + value + '"', CLI::ExitCodes::ExtrasError);
     }
     return Outcome::command;
   } catch (const CLI::Success& success) {  // Help and version.
     state_->app.exit(success, out, err);
     return Outcome::done;
   } catch (const CLI::ParseError& error) {
-    err << "annivo: " << printable(error.what()) << " (\"annivo --help\" says more)\n";
+    err << "annivo: " << printable(problem(state_->app, error)) << " (\""
+        << fullName(commandOf(state_->app)) << " --help\" says more)\n";
     return Outcome::usage;
   }
 }
@@ -184,9 +217,7 @@ CommandLine::Outcome CommandLine::parse(const std::vector<std::string>& words, s
 bool CommandLine::json() const { return state_->json; }
 
 void CommandLine::run(Session& session) const {
-  const CLI::App* command = &state_->app;
-  while (!command->get_subcommands().empty()) command = command->get_subcommands().front();
-  state_->actions.at(command)(session);
+  state_->actions.at (&commandOf(state_->app))(session);
 }
 
 std::vector<std::string> CommandLine::State::valuesFor(

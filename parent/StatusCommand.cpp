@@ -49,10 +49,11 @@ void statusCommand(Session& session) {
   const auto value = [&](const char* name) { return settingNamed(name).show(session); };
   const NextRun next = nextRun(session);
   const bool service = serviceIsInstalled(session);
+  const PropertyList lastRun = session.platform.standardUserDefaults().objectForKey("lastUpdate");
   if (console.json) {
     return console.writeJSON(
         PropertyList::Dictionary{{"agent", value("agent")},
-                                 {"lastRun", value("last-run")},
+                                 {"lastRun", lastRun},
                                  {"birthdayCalendar", value("birthday-calendar")},
                                  {"anniversaryCalendar", value("anniversary-calendar")},
                                  {"group", value("group")},

@@ -5,6 +5,7 @@
 
 #include "contacts/ZPKAddressBookDates.h"
 #include "format/Occurrences.h"
+#include "format/SpecialCharacters.h"
 #include "format/TitleTemplate.h"
 #include "parent/Reason.h"
 #include "parent/VCardText.h"
@@ -99,7 +100,7 @@ std::string templateText(const std::vector<std::string>& titleFormat) {
     if (!text.empty()) text += ' ';
     text += isToken(element) ? '{' + lowerCased(element) + '}' : element;
   }
-  return text;
+  return replaceSpecialCharactersIn(text);
 }
 
 std::vector<std::string> tokenWords() {

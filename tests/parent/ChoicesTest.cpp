@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "parent/AlarmTable.h"
 #include "parent/ChosenCalendars.h"
 #include "parent/TitleChoice.h"
@@ -111,8 +113,25 @@ TEST(AlarmTable, HoldsFiveAlarmsAndNoSixth) {
   PropertyList full = table({"Message", "Message", "Message", "Message"});
   auto fifth = withAlarm(full, kAlarm, utc(2026, 1, 1), {});
   ASSERT_TRUE(fifth.ok());
-  EXPECT_EQ(withAlarm(*fifth, kAlarm, utc(2026, 1, 1), {}).error().description,
+  ListedAlarm sixth = kAlarm;
+  sixth.days = 4;
+  EXPECT_EQ(withAlarm(*fifth, sixth, utc(2026, 1, 1), {}).error().description,
             "all five alarms are in use; \"annivo alarms remove NUMBER\" frees one");
+}
+
+TEST(AlarmTable, StaysAsItIsWhereAnAlarmDoesTheSameAlready) {
+  const ListedAlarm there{.kind = "message", .days = 2, .time = "07:30", .birthdays = true};
+  const PropertyList one = table({"Message"});
+  EXPECT_EQ(*withAlarm(one, there, utc(2026, 1, 1), {}), one);
+  for (const auto& change : std::vector<std::function<void(ListedAlarm&)>>{
+           [](ListedAlarm& alarm) { alarm.kind = "sound"; },
+           [](ListedAlarm& alarm) { alarm.days = 3; },
+           [](ListedAlarm& alarm) { alarm.time = "07:31"; },
+           [](ListedAlarm& alarm) { alarm.anniversaries = true; }}) {
+    ListedAlarm other = there;
+    change(other);
+    EXPECT_EQ(listedAlarms(*withAlarm(one, other, utc(2026, 1, 1), {}), {}).size(), 2U);
+  }
 }
 
 TEST(AlarmTable, RefusesWhatIsNoAlarm) {

@@ -73,6 +73,17 @@ std::string CommandHome::addCalendar(const std::string& title) {
   return uid.substr(0, uid.find('\n'));
 }
 
+std::string sampleCards() {
+  return vCard(
+             "FN:Ann Smith\nN:Smith;Ann;;;\nBDAY:19800610\nANNIVERSARY:20050917\nUID:u1\n"
+             "CATEGORIES:Family\n") +
+         vCard("FN:Bob Jones\nN:Jones;Bob;;;\nBDAY:--0229\nUID:u2\n") +
+         vCard(
+             "FN:Carl Day\nN:Day;Carl;;;\nUID:u3\nitem1.X-ABDATE:2010-01-02\n"
+             "item1.X-ABLabel:First met\n") +
+         vCard("FN:Nobody\nN:Nobody;;;;\nUID:u4\n");
+}
+
 std::string vCard(const std::string& lines) {
   return "BEGIN:VCARD\nVERSION:3.0\n" + lines + "END:VCARD\n";
 }

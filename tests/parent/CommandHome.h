@@ -38,6 +38,9 @@ class CommandHome {
   std::string addCalendar(const std::string& title);
 };
 
+/// Ann with a birthday, an anniversary and the group Family, Bob with a leap day without a year,
+/// Carl with a date of another label, and Nobody without a date.
+[[nodiscard]] std::string sampleCards();
 /// A card of version 3.0 around some lines, each ended by "\n".
 [[nodiscard]] std::string vCard(const std::string& lines);
 
