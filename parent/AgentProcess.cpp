@@ -10,6 +10,7 @@
 #include <map>
 
 #include "parent/OverlayFileManager.h"
+#include "run/AnvCalPrefs.h"
 
 namespace annivo {
 
@@ -69,12 +70,39 @@ void runAndWait(const std::string& executable) {
   }
 }
 
+/// When a new version was last looked for, as the file has it now.
+PropertyList lastUpdateCheck(Platform& platform) {
+  PreferenceDomains stored(platform.fileManager(), platform.clock(), platform.log(),
+                           platform.homeDirectory());
+  const auto& parent = stored.domain(kParentDomain);
+  return parent && parent->contains("SULastCheckTime") ? parent->at("SULastCheckTime")
+                                                       : PropertyList();
+}
+
+/// Runs the agent once more where it only started the parent application, to tell of a new
+/// version, which shows in the time of the last check.
+void runToItsEnd(Session& session, const std::string& executable) {
+  const PropertyList check = lastUpdateCheck(session.platform);
+  runAndWait(executable);
+  if (lastUpdateCheck(session.platform) == check) return;
+  AnvCalPrefs prefs(session.platform);
+  const PropertyList& interval = prefs.prefs()["SUScheduledCheckInterval"];
+  if (!interval.isNil() && interval.integerValue() < 1) {
+    throw Refusal{
+        "a new version is out, and at every run the agent only tells of it; \"annivo settings "
+        "update-interval daily\" lets it do its work"};
+  }
+  session.console.note("A new version of Annivo 2 is out; the application tells where.");
+  storeChoices(session, {{"SULastCheckTime", session.platform.clock().now()}});
+  runAndWait(executable);
+}
+
 }  // namespace
 
 EventChanges runAgent(Session& session) {
   Platform& platform = session.platform;
   const EventFiles before = eventFiles(platform);
-  runAndWait(agentExecutable(platform.fileManager(), parentBundlePath(session)));
+  runToItsEnd(session, agentExecutable(platform.fileManager(), parentBundlePath(session)));
   const EventFiles after = eventFiles(platform, &before);
 
   OverlayFileManager old(platform.fileManager(), platform.clock());

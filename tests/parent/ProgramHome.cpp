@@ -8,8 +8,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
 
 namespace annivo {
 
@@ -95,6 +100,20 @@ CommandOutcome ProgramHome::onTerminal(const std::vector<std::string>& words,
   drain({{terminal, &outcome.out}});
   outcome.status = waitFor(child);
   return outcome;
+}
+
+void ProgramHome::waitForAll() const {
+  const std::string ours = "HOME=" + folder.path() + '\0';
+  const auto isOurs = [&](const std::filesystem::path& process) {
+    std::ifstream file(process / "environ", std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {}).find(ours) != std::string::npos;
+  };
+  for (int i = 0; i < 1200; ++i) {
+    const std::filesystem::directory_iterator processes("/proc");
+    if (std::none_of(begin(processes), end(processes), isOurs)) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds{100});
+  }
+  ADD_FAILURE() << "a process on " << folder.path() << " does not end";
 }
 
 std::string ProgramHome::done(const std::vector<std::string>& words) const {

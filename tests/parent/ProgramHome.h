@@ -26,6 +26,9 @@ class ProgramHome {
   /// In a pipe; must end well.
   std::string done(const std::vector<std::string>& words) const;
 
+  /// Waits until no process that was started on this home is left, at most two minutes.
+  void waitForAll() const;
+
   [[nodiscard]] static std::string programPath(const std::string& program);
 
  private:
