@@ -69,14 +69,18 @@ ServiceUnit pathUnit(Session& session) {
 }  // namespace
 
 std::vector<ServiceUnit> serviceUnits(Session& session) {
+  // Changes come in bursts, such as a synchronization: those of a second make one run, and however
+  // many there are the watch goes on.
   const std::string agent =
       agentExecutable(session.platform.fileManager(), parentBundlePath(session));
   return {{std::string(kName) + ".service",
            "[Unit]\n"
            "Description=Annivo: copy the dates kept in contacts into calendars\n"
-           "Documentation=man:annivo(1) man:AnnivoAgent(1)\n\n"
+           "Documentation=man:annivo(1) man:AnnivoAgent(1)\n"
+           "StartLimitIntervalSec=0\n\n"
            "[Service]\n"
            "Type=oneshot\n"
+           "ExecStartPre=/bin/sleep 1\n"
            "ExecStart=" +
                quoted(agent) +
                "\n\n"

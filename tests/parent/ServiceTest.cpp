@@ -83,6 +83,13 @@ TEST_F(Service, QuotesWhatTheServiceManagerWouldRead) {
       << service;
 }
 
+TEST_F(Service, GoesOnWatchingThroughABurstOfChanges) {
+  const std::string service =
+      unitNamed(units(world.home.productPath() + "/Contents/Linux/annivo"), ".service");
+  EXPECT_NE(service.find("\nStartLimitIntervalSec=0\n"), std::string::npos) << service;
+  EXPECT_NE(service.find("\nExecStartPre=/bin/sleep 1\nExecStart="), std::string::npos) << service;
+}
+
 TEST_F(Service, InstallWritesTheUnitsEvenWhereNoManagerTakesThem) {
   const std::string said = world.refused({"service", "install"});
   EXPECT_NE(said.find("the units are written, but"), std::string::npos) << said;
