@@ -12,7 +12,7 @@ namespace annivo {
 namespace {
 
 /// Folder and name of a path.
-std::pair<std::string, std::string> split(const std::string& path) {
+std::pair<std::string_view, std::string_view> split(std::string_view path) {
   const auto slash = path.rfind('/');
   return {path.substr(0, slash), path.substr(slash + 1)};
 }
@@ -45,7 +45,7 @@ const OverlayFileManager::Entry* OverlayFileManager::find(const std::string& pat
 
 OverlayFileManager::Entry& OverlayFileManager::entry(const std::string& path) {
   const auto [folder, name] = split(path);
-  return folders_[folder][name];
+  return folders_[std::string(folder)][std::string(name)];
 }
 
 void OverlayFileManager::putFile(const std::string& path, std::string bytes) {
@@ -99,6 +99,12 @@ Result<std::string> OverlayFileManager::contentsAtPath(const std::string& path,
   return found->bytes;
 }
 
+Result<std::string> OverlayFileManager::contentsOfFileItself(const std::string& path,
+                                                             std::size_t limit) const {
+  // What is kept in memory is no link.
+  return find(path) ? contentsAtPath(path, limit) : base_.contentsOfFileItself(path, limit);
+}
+
 Result<std::vector<DirectoryEntry>> OverlayFileManager::contentsOfDirectory(
     const std::string& path) const {
   auto listed = base_.contentsOfDirectory(path);
@@ -131,7 +137,7 @@ bool OverlayFileManager::isWritable(const std::string& path) const {
 }
 
 Result<void> OverlayFileManager::mayChange(const std::string& path) const {
-  const std::string folder = split(path).first;
+  const std::string folder(split(path).first);
   const auto attributes = attributesAtPath(folder, Links::follow);
   if (!attributes) return attributes.error();
   if (attributes->type != FileType::directory) return errorFromErrno(ENOTDIR, "write", path);
@@ -196,7 +202,7 @@ Result<void> OverlayFileManager::renameDirectory(const std::string& from, const 
   if (attributesAtPath(to, Links::doNotFollow)) return errorFromErrno(EEXIST, "rename", to);
   if (auto made = createDirectory(to); !made) return made;
   const auto [folder, name] = split(from);
-  folders_[folder].erase(name);
+  folders_[std::string(folder)].erase(std::string(name));
   std::vector<std::string> inside;
   for (const auto& [path, entries] : folders_) {
     if (path == from || path.starts_with(from + '/')) inside.push_back(path);

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -31,6 +33,8 @@ class OverlayFileManager final : public NSFileManager {
 
   Result<FileAttributes> attributesAtPath(const std::string& path, Links links) const override;
   Result<std::string> contentsAtPath(const std::string& path, std::size_t limit) const override;
+  Result<std::string> contentsOfFileItself(const std::string& path,
+                                           std::size_t limit) const override;
   Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) const override;
   bool isWritable(const std::string& path) const override;
   Result<void> writeAtomically(const std::string& path, std::string_view bytes) override;
@@ -58,8 +62,16 @@ class OverlayFileManager final : public NSFileManager {
 
   const NSFileManager& base_;
   const Clock& clock_;
-  /// By folder, then by name.
-  std::unordered_map<std::string, std::map<std::string, Entry>> folders_;
+  /// By name. Every file that is read is looked up, so that must cost nothing to speak of.
+  using Entries = std::map<std::string, Entry, std::less<>>;
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const {
+      return std::hash<std::string_view>{}(text);
+    }
+  };
+  /// By folder.
+  std::unordered_map<std::string, Entries, TextHash, std::equal_to<>> folders_;
 };
 
 }  // namespace annivo

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "parent/OverlayFileManager.h"
 #include "tests/support/Doubles.h"
 #include "tests/support/FailingFileManager.h"
@@ -49,6 +51,24 @@ TEST_F(OverlayFileManagerTest, ReadsThrough) {
   EXPECT_EQ(content("sub/old"), "old");
   EXPECT_EQ(names("sub"), "old");
   EXPECT_EQ(changed(), "");
+}
+
+TEST_F(OverlayFileManagerTest, ReadsAFileItselfAndFollowsNoLink) {
+  folder.writeFile("elsewhere", "elsewhere");
+  std::filesystem::create_symlink(folder.path("elsewhere"), folder.path("sub/link"));
+  before = folder.fingerprint();
+  const auto itself = [&](const std::string& name) {
+    const auto bytes = files.contentsOfFileItself(folder.path(name), 9);
+    return bytes ? *bytes : "(error)";
+  };
+  EXPECT_EQ(itself("sub/old"), "old");
+  EXPECT_EQ(itself("sub/link"), "(error)");
+  ASSERT_TRUE(files.writeAtomically(folder.path("sub/new"), "123456789").ok());
+  EXPECT_EQ(itself("sub/new"), "123456789");
+  ASSERT_TRUE(files.writeAtomically(folder.path("sub/new"), "1234567890").ok());
+  EXPECT_EQ(itself("sub/new"), "(error)");
+  ASSERT_TRUE(files.removeFile(folder.path("sub/old")).ok());
+  EXPECT_EQ(itself("sub/old"), "(error)");
 }
 
 TEST_F(OverlayFileManagerTest, KeepsWritesInMemory) {
