@@ -9,7 +9,7 @@ void ProgressBar::show(std::uint64_t done, std::uint64_t all) {
   if (!console_.errTerminal || all == 0) return;
   const int percent = static_cast<int>(done * 100 / all);
   if (percent == shown_) return;
-  if (std::chrono::steady_clock::now() - start_ < std::chrono::seconds(1)) return;
+  if (now_() - start_ < std::chrono::seconds(1)) return;
   shown_ = percent;
   const auto filled = static_cast<std::size_t>(percent / 4);
   console_.err << "\r[" << std::string(filled, '#') << std::string(25 - filled, ' ') << "] "
