@@ -88,6 +88,8 @@ ZPKQueryAddressBookSection::Items ZPKQueryAddressBookSection::arrayForEntity(
     }
   } else if (name == "ABCDContact" || name == "ABCDContactDate") {
     (void)abGroups();
+    // Whatever holds the people holds their groups: a second wait for a locked store is in vain.
+    if (!ancestry_) return items;
     const ABAddressBook& book = platform_.sharedAddressBook();
     const std::string birthday = book.localizedPropertyOrLabel(kABBirthdayProperty);
     const std::string anniversary =

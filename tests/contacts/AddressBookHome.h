@@ -18,6 +18,11 @@ namespace annivo {
 inline const std::string kAddressBookFolder = "Library/Application Support/AddressBook";
 inline const std::string kMainStore = kAddressBookFolder + "/AddressBook-v22.abcddb";
 
+/// The store of a source, relative to the home.
+inline std::string sourceStore(const std::string& name) {
+  return kAddressBookFolder + "/Sources/" + name + "/AddressBook-v22.abcddb";
+}
+
 /// A person of the given identifier (":ABPerson" is added) with a birthday.
 inline StoredPerson born(const std::string& identifier, StoredDay day) {
   StoredPerson person;
@@ -50,7 +55,9 @@ struct AddressBookHome : TestHome {
         AddressBookStoreWriter::write(path(relative), generation, people, groups, clock.now());
     ASSERT_TRUE(written.ok()) << written.error().text();
   }
-  void editStore(const std::string& sql) { EditDatabase(path(kMainStore)).run(sql); }
+  void editStore(const std::string& sql, const std::string& relative = kMainStore) {
+    EditDatabase(path(relative)).run(sql);
+  }
 
   /// Makes the machine's system 10.`minor`.
   void useSystem(const std::string& productVersion) {

@@ -22,8 +22,7 @@ void writeFourPeople(AddressBookHome& home) {
 TEST(ZPKAddressBookDates, WithoutFiltersEachListIsTheMergedOne) {
   AddressBookHome home;
   writeFourPeople(home);
-  home.writeStore({born("source", {1980, 1, 1})}, {},
-                  kAddressBookFolder + "/Sources/X/AddressBook-v22.abcddb");
+  home.writeStore({born("source", {1980, 1, 1})}, {}, sourceStore("X"));
   ZPKAddressBookDates dates(home.platform());
   EXPECT_EQ(dates.filterGroupID(), "");
   EXPECT_TRUE(dates.filterLabels().empty());

@@ -7,15 +7,11 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-std::string source(const std::string& name) {
-  return kAddressBookFolder + "/Sources/" + name + "/AddressBook-v22.abcddb";
-}
-
 TEST(ZPKQueryAddressBook, MergesTheMainStoreAndTheSourcesInTheOrderOfTheWalk) {
   AddressBookHome home;
-  home.writeStore({born("second", {1980, 1, 1})}, {{"G2", "two", {0}, {}}}, source("A"),
+  home.writeStore({born("second", {1980, 1, 1})}, {{"G2", "two", {0}, {}}}, sourceStore("A"),
                   StoreGeneration::olderA);
-  home.writeStore({born("third", {1980, 1, 1}), dated("fourth", "x")}, {}, source("B"),
+  home.writeStore({born("third", {1980, 1, 1}), dated("fourth", "x")}, {}, sourceStore("B"),
                   StoreGeneration::olderB);
   home.writeStore({born("first", {1980, 1, 1}), dated("zeroth", "y")}, {{"G1", "one", {0}, {}}});
   ZPKQueryAddressBook book(home.platform());
@@ -32,7 +28,7 @@ TEST(ZPKQueryAddressBook, MergesTheMainStoreAndTheSourcesInTheOrderOfTheWalk) {
 TEST(ZPKQueryAddressBook, ThePersonOfTwoStoresIsThereTwice) {
   AddressBookHome home;
   home.writeStore({born("P", {1980, 1, 1})});
-  home.writeStore({born("P", {1980, 1, 1})}, {}, source("A"));
+  home.writeStore({born("P", {1980, 1, 1})}, {}, sourceStore("A"));
   ZPKQueryAddressBook book(home.platform());
   EXPECT_EQ(book.birthdayDates().size(), 2U);
 }
@@ -40,7 +36,7 @@ TEST(ZPKQueryAddressBook, ThePersonOfTwoStoresIsThereTwice) {
 TEST(ZPKQueryAddressBook, GroupsOfOneStoreAreNotMatchedInAnother) {
   AddressBookHome home;
   home.writeStore({born("P", {1980, 1, 1})}, {{"G", "child", {0}, {}}, {"T", "top", {}, {0}}});
-  home.writeStore({born("Q", {1980, 1, 1})}, {{"G", "child", {0}, {}}}, source("A"));
+  home.writeStore({born("Q", {1980, 1, 1})}, {{"G", "child", {0}, {}}}, sourceStore("A"));
   ZPKQueryAddressBook book(home.platform());
   EXPECT_EQ(groupsOf(book.birthdayDates()[0]), (Texts{"G", "T"}));
   EXPECT_EQ(groupsOf(book.birthdayDates()[1]), Texts{"G"});
@@ -93,23 +89,25 @@ TEST(ZPKQueryAddressBook, NoFolderAndNoStoreAreNoErrors) {
 TEST(ZPKQueryAddressBook, ABadStoreLeavesTheOthersTheirDates) {
   AddressBookHome home;
   home.writeStore({born("P", {1980, 1, 1})});
-  home.writeFile(source("A"), std::string(8192, 'x'));
-  home.writeFile(source("B"), "");
-  home.writeStore({born("Q", {1980, 1, 1})}, {}, source("C"));
+  home.writeFile(sourceStore("A"), std::string(8192, 'x'));
+  home.writeFile(sourceStore("B"), "");
+  home.writeStore({born("Q", {1980, 1, 1})}, {}, sourceStore("C"));
   ZPKQueryAddressBook book(home.platform());
   EXPECT_EQ(fieldOf(book.birthdayDates(), &ContactDateRecord::firstName), (Texts{"P", "Q"}));
   EXPECT_TRUE(book.anniversaryDates().empty());
   // Each bad store once, with its name, and once that nothing could be made of one.
   ASSERT_EQ(home.alerts.shown().size(), 3U);
-  EXPECT_NE(home.alerts.shown()[0].messageText.find(home.path(source("A"))), std::string::npos);
+  EXPECT_NE(home.alerts.shown()[0].messageText.find(home.path(sourceStore("A"))),
+            std::string::npos);
   EXPECT_EQ(home.alerts.shown()[1].messageText, "Failed to initialize the store");
-  EXPECT_NE(home.alerts.shown()[2].messageText.find(home.path(source("B"))), std::string::npos);
+  EXPECT_NE(home.alerts.shown()[2].messageText.find(home.path(sourceStore("B"))),
+            std::string::npos);
 }
 
 TEST(ZPKQueryAddressBook, ALabelOfTwoStoresIsListedOnce) {
   AddressBookHome home;
   home.writeStore({dated("P", "x"), dated("Q", "_$!<Anniversary>!$_")});
-  home.writeStore({dated("P", "y"), dated("Q", "x")}, {}, source("A"));
+  home.writeStore({dated("P", "y"), dated("Q", "x")}, {}, sourceStore("A"));
   ZPKQueryAddressBook book(home.platform());
   const Texts expected{"x", "_$!<Anniversary>!$_", "y"};
   EXPECT_EQ(book.addressbookCustomDateLabels(), expected);
@@ -124,7 +122,7 @@ TEST(ZPKQueryAddressBook, ListsAreMadeOnce) {
   const auto* anniversaries = &book.anniversaryDates();
   const auto* groups = &book.addressBookGroups();
   home.folder().remove(kMainStore);
-  home.writeStore({}, {}, source("A"));
+  home.writeStore({}, {}, sourceStore("A"));
   EXPECT_EQ(&book.birthdayDates(), birthdays);
   EXPECT_EQ(&book.anniversaryDates(), anniversaries);
   EXPECT_EQ(&book.addressBookGroups(), groups);
