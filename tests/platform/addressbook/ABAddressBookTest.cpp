@@ -3,6 +3,7 @@
 #include <fstream>
 #include <functional>
 #include <optional>
+#include <thread>
 
 #include "platform/addressbook/ABAddressBook.h"
 #include "tests/platform/addressbook/StoreFile.h"
@@ -257,6 +258,36 @@ TEST_F(OwnCard, OfAnUnusableStoreIsLoggedAndLookedForElsewhere) {
     EXPECT_NE(log.lines().front().find(mainStore()), std::string::npos) << log.lines().front();
     home.remove(kMainStore);
   }
+}
+
+TEST_F(OwnCard, OfAStoreThatIsLockedForLongIsLoggedAndLookedForElsewhere) {
+  write(mainStore(), {own("Main:ABPerson", {"main@x.example"})});
+  write(source("A"), {own("A:ABPerson", {"a@x.example"})});
+  const auto before = home.fingerprint();
+  {
+    EditDatabase writer(mainStore());
+    writer.run("BEGIN EXCLUSIVE");
+    EXPECT_EQ(primaryEmail(), "a@x.example");
+    writer.run("ROLLBACK");
+  }
+  ASSERT_EQ(log.lines().size(), 1U);
+  EXPECT_NE(log.lines().front().find(mainStore()), std::string::npos) << log.lines().front();
+  EXPECT_NE(log.lines().front().find("locked"), std::string::npos) << log.lines().front();
+  EXPECT_EQ(home.fingerprint(), before);
+  EXPECT_EQ(primaryEmail(), "main@x.example") << "once it is free again";
+}
+
+TEST_F(OwnCard, OfALockedStoreIsWaitedFor) {
+  write(mainStore(), {own("Main:ABPerson")});
+  EditDatabase writer(mainStore());
+  writer.run("BEGIN EXCLUSIVE");
+  std::thread release([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds{300});
+    writer.run("COMMIT");
+  });
+  EXPECT_EQ(myId(), "Main:ABPerson");
+  release.join();
+  EXPECT_TRUE(log.lines().empty());
 }
 
 TEST(ABMultiValue, FindsAnEntryByItsIdentifier) {

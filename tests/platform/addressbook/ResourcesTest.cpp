@@ -117,14 +117,76 @@ TEST(LabelTables, CapitalizeTheAnniversaryByTheRulesOfEachLanguage) {
     const char* dateType;
     const char* title;
   };
-  const Row rows[] = {{"en", "Anniversary", "anniversary"}, {"de", "Jahrestag", "Jahrestag"},
-                      {"el", "Επέτειος", "επέτειος"},       {"tr", "Yıl Dönümü", "yıl dönümü"},
-                      {"az", "İldönümü", "ildönümü"},       {"zh-Hans", "纪念日", "纪念日"},
-                      {"ru", "Годовщина", "годовщина"},     {"cs", "Výročí", "výročí"},
-                      {"sv", "Årsdag", "årsdag"},           {"he", "יום שנה", "יום שנה"}};
+  const Row rows[] = {{"af", "Herdenkingsdag", "herdenkingsdag"},
+                      {"ar", "ذكرى سنوية", "ذكرى سنوية"},
+                      {"az", "İldönümü", "ildönümü"},
+                      {"be", "Гадавіна", "гадавіна"},
+                      {"bg", "Годишнина", "годишнина"},
+                      {"bn", "বার্ষিকী", "বার্ষিকী"},
+                      {"ca", "Data Commemorativa", "data commemorativa"},
+                      {"cs", "Výročí", "výročí"},
+                      {"cy", "Pen-Blwydd Priodas", "pen-blwydd priodas"},
+                      {"da", "Årsdag", "årsdag"},
+                      {"de", "Jahrestag", "Jahrestag"},
+                      {"el", "Επέτειος", "επέτειος"},
+                      {"en", "Anniversary", "anniversary"},
+                      {"eo", "Datreveno", "datreveno"},
+                      {"es", "Aniversario", "aniversario"},
+                      {"et", "Aastapäev", "aastapäev"},
+                      {"eu", "Urteurrena", "urteurrena"},
+                      {"fa", "سالگرد", "سالگرد"},
+                      {"fi", "Vuosipäivä", "vuosipäivä"},
+                      {"fr", "Anniversaire De Mariage", "anniversaire de mariage"},
+                      {"ga", "Comóradh", "comóradh"},
+                      {"gl", "Data Conmemorativa", "data conmemorativa"},
+                      {"he", "יום שנה", "יום שנה"},
+                      {"hi", "वर्षगाँठ", "वर्षगाँठ"},
+                      {"hr", "Obljetnica", "obljetnica"},
+                      {"hu", "Évforduló", "évforduló"},
+                      {"id", "Hari Jadi", "hari jadi"},
+                      {"is", "Merkisdagur", "merkisdagur"},
+                      {"it", "Anniversario", "anniversario"},
+                      {"ja", "記念日", "記念日"},
+                      {"ko", "기념일", "기념일"},
+                      {"lt", "Metinės", "metinės"},
+                      {"lv", "Gadadiena", "gadadiena"},
+                      {"mk", "Годишнина", "годишнина"},
+                      {"ms", "Ulang Tahun", "ulang tahun"},
+                      {"nb", "Årsdag", "årsdag"},
+                      {"nl", "Jubileum", "jubileum"},
+                      {"nn", "Årsdag", "årsdag"},
+                      {"no", "Årsdag", "årsdag"},
+                      {"pl", "Rocznica", "rocznica"},
+                      {"pt-PT", "Data Comemorativa", "data comemorativa"},
+                      {"pt", "Data Comemorativa", "data comemorativa"},
+                      {"ro", "Aniversare", "aniversare"},
+                      {"ru", "Годовщина", "годовщина"},
+                      {"sk", "Výročie", "výročie"},
+                      {"sl", "Obletnica", "obletnica"},
+                      {"sq", "Përvjetor", "përvjetor"},
+                      {"sr", "Годишњица", "годишњица"},
+                      {"sv", "Årsdag", "årsdag"},
+                      {"sw", "Maadhimisho", "maadhimisho"},
+                      {"th", "วันครบรอบ", "วันครบรอบ"},
+                      {"tr", "Yıl Dönümü", "yıl dönümü"},
+                      {"uk", "Річниця", "річниця"},
+                      {"vi", "Ngày Kỷ Niệm", "ngày kỷ niệm"},
+                      {"zh-Hans", "纪念日", "纪念日"},
+                      {"zh-Hant", "紀念日", "紀念日"}};
+  const PosixFileManager files;
+  const NSBundle framework(files, kResources + "/system/Library/Frameworks/AddressBook.framework");
+  RecordingLog log;
+  std::set<std::string> seen;
   for (const Row& row : rows) {
-    EXPECT_EQ(text(readTable(kAgent, row.language), row.dateType), row.title) << row.language;
+    SCOPED_TRACE(row.language);
+    seen.insert(row.language);
+    const ABAddressBook book(files, log, "/nowhere", framework, {row.language});
+    const std::string anniversary = book.localizedPropertyOrLabel(kABAnniversaryLabel);
+    EXPECT_EQ(anniversary, row.title);
+    EXPECT_EQ(book.capitalized(anniversary), row.dateType);
+    EXPECT_EQ(text(readTable(kAgent, row.language), row.dateType), row.title);
   }
+  EXPECT_EQ(seen, languagesIn(kFramework));
 }
 
 TEST(LabelTables, SpeakPlainEnglish) {
