@@ -66,14 +66,21 @@ void AgentHome::setOwn(const PropertyList::Dictionary& values) const {
 PropertyList::Dictionary AgentHome::parent() const { return dictionaryAt(folder, kParentFile); }
 PropertyList::Dictionary AgentHome::own() const { return dictionaryAt(folder, kOwnFile); }
 
+std::string AgentHome::storeOf(const std::string& source) {
+  const std::string folder = source.empty() ? "" : "/Sources/" + source;
+  return kAddressBook + folder + "/AddressBook-v22.abcddb";
+}
+
 void AgentHome::setContacts(const std::vector<StoredPerson>& people,
-                            const std::vector<StoredGroup>& groups) const {
-  const std::string store = std::string(kAddressBook) + "/AddressBook-v22.abcddb";
+                            const std::vector<StoredGroup>& groups, StoreGeneration generation,
+                            const std::string& source) const {
+  const std::string store = storeOf(source);
   folder.makeFolder(std::string(kAddressBook) + "/Metadata");
+  folder.makeFolder(store.substr(0, store.rfind('/')));
   if (folder.exists(store)) folder.remove(store);
   const Date now = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
-  const auto written = AddressBookStoreWriter::write(folder.path(store), StoreGeneration::current,
-                                                     people, groups, now);
+  const auto written =
+      AddressBookStoreWriter::write(folder.path(store), generation, people, groups, now);
   require(written.ok(), "the contacts store was not written");
   folder.touch(std::string(kAddressBook) + "/Metadata", now);
 }

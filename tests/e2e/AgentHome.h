@@ -35,9 +35,13 @@ class AgentHome {
   [[nodiscard]] PropertyList::Dictionary own() const;
 
   // Contacts and calendars.
-  /// Writes the main store and touches its Metadata folder.
+  /// Writes a store, the main one or that of "Sources/<source>", and touches the Metadata folder.
   void setContacts(const std::vector<StoredPerson>& people,
-                   const std::vector<StoredGroup>& groups = {}) const;
+                   const std::vector<StoredGroup>& groups = {},
+                   StoreGeneration generation = StoreGeneration::current,
+                   const std::string& source = "") const;
+  /// The path of a store in the home.
+  [[nodiscard]] static std::string storeOf(const std::string& source = "");
   /// Makes an empty calendar; returns its UID.
   std::string addCalendar(const std::string& uid, const std::string& title,
                           const PropertyList::Dictionary& more = {}) const;
