@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <dlfcn.h>
+#include <link.h>
 
+#include <cstring>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "platform/sparkle/SUUpdater.h"
@@ -56,6 +60,30 @@ class HostedUpdater final : public SUUpdater, private SUUpdaterDelegate {
   int timer_ = 0;
 };
 
+/// The structure at `offset`; nothing where the bytes end before it does.
+template <typename Structure>
+std::optional<Structure> structureAt(std::string_view bytes, std::size_t offset) {
+  if (offset > bytes.size() || bytes.size() - offset < sizeof(Structure)) return std::nullopt;
+  Structure structure{};
+  std::memcpy(&structure, bytes.data() + offset, sizeof structure);
+  return structure;
+}
+
+/// Whether all is there that loading maps into memory. The dynamic loader does not look, and a
+/// process that touches a page beyond the end of its file ends.
+bool isWholeSharedObject(std::string_view bytes) {
+  const auto header = structureAt<ElfW(Ehdr)>(bytes, 0);
+  if (!header || std::memcmp(header->e_ident, ELFMAG, SELFMAG) != 0) return false;
+  for (std::size_t i = 0; i < header->e_phnum; ++i) {
+    const auto segment = structureAt<ElfW(Phdr)>(bytes, header->e_phoff + i * sizeof(ElfW(Phdr)));
+    if (!segment) return false;
+    if (segment->p_offset > bytes.size() || segment->p_filesz > bytes.size() - segment->p_offset) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::string dynamicLoaderError() {
   const char* message = ::dlerror();
   return message ? message : "";
@@ -67,8 +95,16 @@ Result<std::unique_ptr<SUFramework>> SUFramework::load(const NSBundle& framework
   const std::string executable = framework.executablePath();
   const auto attributes = framework.fileManager().attributesAtPath(executable, Links::follow);
   if (!attributes) return attributes.error();
+  if (attributes->type != FileType::regular) {
+    return malformed(framework, "Its executable is no file.");  // to open a pipe would wait
+  }
   if (!framework.infoDictionary()["NSPrincipalClass"].isEqualToString(kPrincipalClass)) {
     return malformed(framework, std::string("Its principal class is not ") + kPrincipalClass + ".");
+  }
+  const auto bytes = framework.fileManager().contentsAtPath(executable);
+  if (!bytes) return bytes.error();
+  if (!isWholeSharedObject(*bytes)) {
+    return malformed(framework, "Its executable is no whole shared object.");
   }
   // Never unloaded: threads that look up a host's address may outlive a check.
   void* handle = ::dlopen(executable.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
