@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <string>
 
 #include "frameworks/Sparkle/Appcast.h"
 #include "frameworks/Sparkle/FeedFetcher.h"
 #include "frameworks/Sparkle/UpdateChoice.h"
+#include "platform/foundation/Clock.h"
 #include "platform/sparkle/SUUpdater.h"
 
 namespace annivo {
@@ -19,7 +21,8 @@ std::string withoutCredentials(const std::string& address) {
   return at == std::string::npos ? address : address.substr(0, host + 3) + address.substr(at + 1);
 }
 
-/// Checks one bundle. It reads the host's preferences and writes nothing.
+/// Checks one bundle. All it writes is the time of a check that finds nothing, so that the next one
+/// waits for the interval; the time of one that finds something is its delegate's.
 class BundleUpdater final : public SUUpdater {
  public:
   BundleUpdater(const SUHost& host, const NSBundle& bundle)
@@ -47,6 +50,7 @@ class BundleUpdater final : public SUUpdater {
   void feedArrived(const Result<std::string>& feed) {
     const auto item = feed ? choose(*feed) : explain(feed.error());
     isChecking_ = false;
+    if (!item) recordCheck();
     if (!delegate_) return;
     if (item) {
       delegate_->updaterDidFindValidUpdate(
@@ -54,6 +58,13 @@ class BundleUpdater final : public SUUpdater {
     } else {
       delegate_->updaterDidNotFindUpdate();
     }
+  }
+
+  void recordCheck() const {
+    const std::string domain = bundle_.bundleIdentifier();
+    if (domain.empty()) return;
+    host_.domains.set(domain, "SULastCheckTime", SystemClock().now());
+    (void)host_.domains.synchronize(domain);  // Logged where it fails.
   }
 
   [[nodiscard]] std::optional<AppcastItem> choose(const std::string& feed) const {

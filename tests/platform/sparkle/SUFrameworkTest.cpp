@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cmath>
 #include <filesystem>
@@ -136,11 +137,25 @@ TEST_F(SUFrameworkTest, PassesOverTheSkippedVersion) {
   EXPECT_EQ(found(), "");
 }
 
-TEST_F(SUFrameworkTest, WritesNothing) {
+TEST_F(SUFrameworkTest, WritesNothingWhereItFindsAnUpdate) {
   home_.parentPreferences({{"SUFeedURL", server_.url("/version/2.0.1")}});
   const auto before = home_.folder().fingerprint();
   check();
   EXPECT_EQ(home_.folder().fingerprint(), before);
+}
+
+TEST_F(SUFrameworkTest, RecordsTheTimeOfACheckThatFindsNothingAndWritesNothingElse) {
+  for (const char* path : {"/none", "/broken"}) {
+    startOver();
+    const Date before = SystemClock().now();
+    check(server_.url(path), {{"SULastCheckTime", before - std::chrono::days{8}}, {"other", 1}});
+    PropertyList::Dictionary stored = *home_.storedPreferences(kParentDomain).dictionary();
+    ASSERT_TRUE(stored["SULastCheckTime"].date()) << path;
+    EXPECT_GE(*stored["SULastCheckTime"].date(), before) << path;
+    EXPECT_LE(*stored["SULastCheckTime"].date(), SystemClock().now()) << path;
+    stored.erase("SULastCheckTime");
+    EXPECT_EQ(stored, (PropertyList::Dictionary{{"SUFeedURL", server_.url(path)}, {"other", 1}}));
+  }
 }
 
 TEST_F(SUFrameworkTest, KeepsNamesAndPasswordsOutOfTheLog) {
@@ -229,6 +244,25 @@ TEST_F(BrokenFramework, IsMalformedWhenItsExecutableCannotBeRead) {
   folder_.makeFolder("S.framework/Versions/A/S");
   linkUp();
   EXPECT_EQ(failure().kind, Error::Kind::malformed);
+}
+
+TEST_F(BrokenFramework, IsMalformedWhenItsExecutableIsCutShort) {
+  writeInfo("SUUpdater");
+  copyExecutable(kBuiltFramework + "/Versions/A/Sparkle");
+  linkUp();
+  const fs::path executable = folder_.path("S.framework/Versions/A/S");
+  for (const std::uintmax_t size : {100'000u, 4096u, 100u, 63u, 1u, 0u}) {
+    ASSERT_LT(size, fs::file_size(executable));
+    fs::resize_file(executable, size);
+    EXPECT_EQ(failure().kind, Error::Kind::malformed) << size;
+  }
+}
+
+TEST_F(BrokenFramework, IsMalformedWhenItsExecutableIsAPipe) {
+  writeInfo("SUUpdater");
+  ASSERT_EQ(::mkfifo(folder_.path("S.framework/Versions/A/S").c_str(), 0600), 0);
+  linkUp();
+  EXPECT_EQ(failure().kind, Error::Kind::malformed) << "and nobody waits for its other end";
 }
 
 TEST_F(BrokenFramework, IsMalformedWithoutItsPrincipalClass) {
