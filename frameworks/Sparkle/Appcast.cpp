@@ -163,11 +163,13 @@ Result<std::vector<AppcastItem>> parseAppcast(std::string_view feed) {
       return malformed("The feed declares entities of its own.", "");
     }
   }
-  const pugi::xml_node channel = document.child("rss").child("channel");
-  if (!channel) return malformed("The feed has no RSS channel.", "");
+  const pugi::xml_node rss = document.child("rss");
+  if (!rss.child("channel")) return malformed("The feed has no RSS channel.", "");
   std::vector<AppcastItem> items;
-  for (const pugi::xml_node item : channel.children("item")) {
-    if (auto parsedItem = parseItem(item)) items.push_back(std::move(*parsedItem));
+  for (const pugi::xml_node channel : rss.children("channel")) {
+    for (const pugi::xml_node item : channel.children("item")) {
+      if (auto parsedItem = parseItem(item)) items.push_back(std::move(*parsedItem));
+    }
   }
   return items;
 }

@@ -19,9 +19,9 @@ struct AppcastItem {
   std::string maximumSystemVersion;
 };
 
-/// Reads a feed: the items of /rss/channel in their order, elements of the update namespace told
-/// by its URI. Nothing is expanded or fetched; a feed that declares entities is malformed, as is
-/// one that is no RSS.
+/// Reads a feed: the items of each /rss/channel in their order, elements of the update namespace
+/// told by its URI. Nothing is expanded or fetched; a feed that declares entities is malformed, as
+/// is one that is no RSS.
 ///
 /// Left out are items without a version (the enclosure's, else the item's own, else what stands
 /// between the last "_" and the extension of the enclosure's file name), items with a version of

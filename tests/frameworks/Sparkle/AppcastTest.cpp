@@ -141,6 +141,15 @@ TEST(Appcast, KeepsTheGoodItemsBesideBadOnes) {
   EXPECT_EQ(all[0].version, "7.8");
 }
 
+TEST(Appcast, ReadsTheItemsOfEveryChannelElement) {
+  const auto all = items(feed("<item>" + std::string(kEnclosure) + "</item></channel><channel/>" +
+                              "<channel><item><link>https://host/</link>" +
+                              "<sparkle:version>9</sparkle:version></item>"));
+  ASSERT_EQ(all.size(), 2u);
+  EXPECT_EQ(all[0].version, "7.8");
+  EXPECT_EQ(all[1].version, "9");
+}
+
 TEST(Appcast, ReadsOtherEncodings) {
   const std::string latin1 = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><rss xmlns:s=\"" +
                              std::string(kURI) +
