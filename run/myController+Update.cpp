@@ -10,14 +10,20 @@ constexpr std::int64_t kDefaultInterval = 604800;  // seconds: 7 days
 constexpr std::chrono::milliseconds kSlice{100};
 constexpr std::chrono::days kBackdating{365};
 
+/// In seconds; a value of a type that has no integer value counts as missing.
+std::int64_t intervalIn(const PropertyList& stored) {
+  const bool hasIntegerValue =
+      stored.integer() || stored.real() || stored.string() || stored.boolean();
+  return hasIntegerValue ? stored.integerValue() : kDefaultInterval;
+}
+
 }  // namespace
 
 void myController::launchSparkle() {
   const PropertyList& prefs = appPrefs->prefs();
-  const PropertyList& interval = prefs["SUScheduledCheckInterval"];
   const Date now = platform_.clock().now();
   const Date* last = prefs["SULastCheckTime"].date();
-  if (!updateCheckIsDue(interval.isNil() ? kDefaultInterval : interval.integerValue(),
+  if (!updateCheckIsDue(intervalIn(prefs["SUScheduledCheckInterval"]),
                         timeInterval(last ? *last : now, now),
                         prefs["SUEnableAutomaticChecks"].boolValue())) {
     return;
