@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <stdexcept>
 #include <thread>
 
@@ -31,8 +32,12 @@ std::string output(const std::string& command) {
   return text;
 }
 
-void pause(int milliseconds) {
-  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+/// Tries `attempt` until it succeeds, at most a minute.
+void tryFor(const std::function<bool()>& attempt) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes{1};
+  while (!attempt() && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(std::chrono::milliseconds{100});
+  }
 }
 
 }  // namespace
@@ -65,31 +70,35 @@ VirtualDisplay::~VirtualDisplay() {
 }
 
 std::string VirtualDisplay::waitForWindow(const std::string& title) const {
-  for (int i = 0; i < 300; ++i) {
-    const std::string window = output("xdotool search --onlyvisible --name '^" + title + "$'");
-    if (!window.empty()) {
-      // There is no window manager to give it the keyboard.
-      output("xdotool windowfocus --sync " + window);
-      return window;
+  std::string window;
+  tryFor([&] {
+    window = output("xdotool search --onlyvisible --name '^" + title + "$'");
+    return !window.empty();
+  });
+  return window;
+}
+
+std::string VirtualDisplay::waitForMessage(const std::string& window,
+                                           const std::string& expected) const {
+  std::string text;
+  tryFor([&] {
+    for (int y = 12; y < 60 && text != expected; y += 8) {
+      output("xdotool mousemove --window " + window + " 252 " + std::to_string(y) +
+             " click 1 sleep 0.1 key ctrl+a sleep 0.2");
+      text = output("/usr/bin/python3 " ANNIVO_SOURCE_DIR "/tests/support/x11_selection.py");
     }
-    pause(100);
-  }
-  return "";
+    return text == expected;
+  });
+  return text;
 }
 
-std::string VirtualDisplay::messageOf(const std::string& window) const {
-  for (int y = 12; y < 60; y += 8) {
-    output("xdotool mousemove --window " + window + " 252 " + std::to_string(y) +
-           " click 1 sleep 0.1 key ctrl+a sleep 0.3");
-    const std::string text = output(
-        std::string("/usr/bin/python3 " ANNIVO_SOURCE_DIR "/tests/support/x11_selection.py"));
-    if (!text.empty()) return text;
-  }
-  return "";
+void VirtualDisplay::press(const std::string& window, const std::string& keys) const {
+  // There is no window manager to give it the keyboard.
+  output("xdotool windowfocus --sync " + window + " key " + keys);
 }
 
-void VirtualDisplay::press(const std::string& window, const std::string& key) const {
-  output("xdotool windowfocus --sync " + window + " sleep 0.1 key " + key);
+void VirtualDisplay::waitForEndOf(const std::string& window) const {
+  tryFor([&] { return output("xdotool getwindowgeometry " + window).empty(); });
 }
 
 }  // namespace annivo

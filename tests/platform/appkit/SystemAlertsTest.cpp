@@ -154,36 +154,53 @@ class ShownAlerts : public SystemAlertsTest {
     variables_ = {{"DISPLAY", display_.name()}, {"PATH", "/usr/bin:/bin"}};
     ::setenv("NO_AT_BRIDGE", "1", 1);
   }
-  /// Shows an alert beside the test, which presses its buttons.
-  std::future<AlertAnswer> showing(const NSAlert& alert) {
-    return std::async(std::launch::async, [this, alert] { return show(alert); });
+  /// Shows an alert beside the test, which presses its buttons; its window.
+  std::string waitFor(const NSAlert& alert) {
+    answer_ = std::async(std::launch::async, [this, alert] { return show(alert); });
+    return display_.waitForWindow(alert.messageText);
   }
+  AlertAnswer press(const std::string& window, const std::string& keys) {
+    return display_.pressFor(answer_, window, keys);
+  }
+
+ private:
+  std::future<AlertAnswer> answer_;  // outlives the display, whose end ends the alert
+
+ protected:
   VirtualDisplay display_;
 };
 
-TEST_F(ShownAlerts, ShowTheirTextAndTakeTheDefaultButton) {
-  auto answer = showing(kQuestion);
-  const std::string window = display_.waitForWindow("Annivo 2");
+TEST_F(ShownAlerts, ShowTheirTextAndAreDismissed) {
+  const std::string window = waitFor(kQuestion);
   ASSERT_NE(window, "");
-  EXPECT_EQ(display_.messageOf(window), "Annivo 2\n\nIt is old.");
-  display_.press(window, "Tab");  // from the text to the first button
-  display_.press(window, "Escape");
-  EXPECT_EQ(answer.get(), AlertAnswer::alternate) << "dismissed";
+  const std::string text = "Annivo 2\n\nIt is old.";
+  EXPECT_EQ(display_.waitForMessage(window, text), text);
+  EXPECT_EQ(press(window, "Escape"), AlertAnswer::alternate);
+  EXPECT_TRUE(log_.lines().empty());
+}
 
-  auto second = showing(kQuestion);
-  display_.press(display_.waitForWindow("Annivo 2"), "Return");
-  EXPECT_EQ(second.get(), AlertAnswer::defaultButton);
+TEST_F(ShownAlerts, TakeTheButtonThatIsPressed) {
+  const struct {
+    const char* keys;
+    AlertAnswer answer;
+  } rows[] = {{"Return", AlertAnswer::defaultButton},
+              {"space", AlertAnswer::defaultButton},
+              {"Left space", AlertAnswer::alternate},
+              {"Right space", AlertAnswer::defaultButton}};
+  for (const auto& [keys, answer] : rows) {
+    const std::string window = waitFor(kQuestion);
+    ASSERT_NE(window, "");
+    EXPECT_EQ(press(window, keys), answer) << keys;
+  }
   EXPECT_TRUE(log_.lines().empty());
 }
 
 TEST_F(ShownAlerts, ShowMarkupAndOptionsAsTheyStand) {
   const std::string text = "--error <b>bold</b> &amp; %s \\n _x \u00E9\nsecond line";
-  auto answer = showing({.messageText = "Title", .informativeText = text});
-  const std::string window = display_.waitForWindow("Title");
+  const std::string window = waitFor({.messageText = "Title", .informativeText = text});
   ASSERT_NE(window, "");
-  EXPECT_EQ(display_.messageOf(window), "Title\n\n" + text);
-  display_.press(window, "Escape");
-  EXPECT_EQ(answer.get(), AlertAnswer::defaultButton);
+  EXPECT_EQ(display_.waitForMessage(window, "Title\n\n" + text), "Title\n\n" + text);
+  EXPECT_EQ(press(window, "Escape"), AlertAnswer::defaultButton);
 }
 
 TEST_F(ShownAlerts, FallBackToTheLogWhenTheDisplayIsNotThere) {
