@@ -13,16 +13,27 @@ namespace {
 
 constexpr const char* kContents = "Annivo 2.app/Contents";
 
+/// Writes down how it was started, once it is not held any more.
+constexpr const char* kParent = R"(
+import os, sys, time
+def name(fd):
+    try: return os.readlink("/proc/self/fd/" + fd)
+    except OSError: return None  # the folder that was being read
+files = {fd: name(fd) for fd in sorted(os.listdir("/proc/self/fd"))}
+while os.path.exists(here + "/held"): time.sleep(0.02)
+with open(here + "/part", "w") as out:
+    out.write(f"{os.path.basename(sys.argv[0])} {sys.argv[1:]}\n")
+    out.write("files" + "".join(f" {fd}={file}" for fd, file in files.items() if file) + "\n")
+    out.write(f"session of its own {os.getsid(0) == os.getpid()}\n")
+os.rename(here + "/part", here + "/started")
+)";
+
 }  // namespace
 
 ProductCopy::ProductCopy() {
   fs::copy(ANNIVO_PRODUCT, folder_.path("Annivo 2.app"),
            fs::copy_options::recursive | fs::copy_options::copy_symlinks);
-  replace("Linux/Annivo 2",
-          "#!/bin/sh\n"
-          "{ echo \"arguments $#\"; echo \"input $(readlink /proc/$$/fd/0)\"; } > '" +
-              folder_.path("part") + "'\nmv '" + folder_.path("part") + "' '" +
-              folder_.path("started") + "'\n");
+  replace("Linux/Annivo 2", "#!/usr/bin/python3 -IS\nhere = '" + folder_.path() + "'" + kParent);
   fs::permissions(path("Linux/Annivo 2"), fs::perms::owner_all);
 }
 
@@ -45,6 +56,9 @@ void ProductCopy::setSystemVersion(const std::string& version) const {
   replace("SharedSupport/System/Library/CoreServices/SystemVersion.plist",
           xmlPropertyList(PropertyList::Dictionary{{"ProductVersion", version}}));
 }
+
+void ProductCopy::holdParent() const { folder_.writeFile("held", ""); }
+void ProductCopy::releaseParent() const { folder_.remove("held"); }
 
 std::string ProductCopy::waitForParent() const {
   for (int i = 0; i < 300 && !parentWasStarted(); ++i) {

@@ -23,8 +23,13 @@ class ProductCopy {
   /// Sets ProductVersion of the system.
   void setSystemVersion(const std::string& version) const;
 
-  /// Waits for a start of the parent application (at most 30 s) and gives what it wrote: its
-  /// arguments, then its standard files; "" when it was not started.
+  void giveTo(unsigned user) const { folder_.giveTo(user); }
+
+  /// Between the two a parent application that was started waits before it writes anything.
+  void holdParent() const;
+  void releaseParent() const;
+  /// Waits for a start of the parent application (at most 30 s) and gives what it wrote: its name
+  /// and arguments, its open files, and whether it leads a session; "" when it was not started.
   [[nodiscard]] std::string waitForParent() const;
   [[nodiscard]] bool parentWasStarted() const;
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include <gtest/gtest.h>
+#include <fcntl.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <filesystem>
-#include <future>
-#include <thread>
 
-#include "tests/e2e/AgentHome.h"
-#include "tests/e2e/ProductCopy.h"
+#include "tests/e2e/UpdateHome.h"
 #include "tests/support/Doubles.h"
-#include "tests/support/FeedServer.h"
 
 namespace annivo {
 namespace {
@@ -16,62 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-constexpr const char* kCalendar = "B1B1B1B1-0000-4000-8000-000000000001";
-const std::string kFramework = "Frameworks/Sparkle.framework/";
-
-Date now() {
-  return std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
-}
-
-/// The preloaded library that gives a process another clock.
-std::string clockLibrary() {
-  for (const auto& folder : fs::directory_iterator("/usr/lib")) {
-    const fs::path library = folder.path() / "faketime/libfaketime.so.1";
-    if (fs::exists(library)) return library.string();
-  }
-  return "";
-}
-
-/// A home with a birthday to write, a parent with automatic checks whose last one is eight days
-/// old, and a server of feeds. The product is version 2.0.0.
-class UpdateCheck : public testing::Test {
- protected:
-  void SetUp() override {
-    home.addCalendar(kCalendar, "Birthdays");
-    home.setContacts({personBorn("Ann", "Smith", {1980, 6, 10})});
-    home.setOwn({{"doLog", 1}});
-    prefer({{"birthCalTitle", "Birthdays"},
-            {"birthCalUID", kCalendar},
-            {"titleBirthdays", PropertyList::Array{"First name"}},
-            {"setEmail", "me@example.org"},
-            {"alarmTable", PropertyList::Array{}},
-            {"SUEnableAutomaticChecks", true},
-            {"SULastCheckTime", now() - std::chrono::days{8}},
-            {"SUFeedURL", server.url("/version/2.0.1")}});
-  }
-  /// Changes preferences of the parent; nil removes.
-  void prefer(const PropertyList::Dictionary& values) const {
-    PropertyList::Dictionary parent;
-    if (home.folder.exists("Library/Preferences/org.annivo.Annivo2.plist")) parent = home.parent();
-    for (const auto& [key, value] : values) parent[key] = value;
-    std::erase_if(parent, [](const auto& entry) { return entry.second.isNil(); });
-    home.setParent(parent);
-  }
-  void feed(const std::string& path) const { prefer({{"SUFeedURL", server.url(path)}}); }
-  [[nodiscard]] AgentRun run(const std::map<std::string, std::string>& environment = {}) const {
-    return home.run(environment, product.agent());
-  }
-  void expectAFullRun(const AgentRun& run) const {
-    EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_TRUE(run.logged("Annivo ending")) << run.errors;
-    EXPECT_EQ(home.titles(kCalendar).size(), 3u);
-    EXPECT_FALSE(product.parentWasStarted());
-  }
-
-  AgentHome home;
-  ProductCopy product;
-  FeedServer server;
-};
+using UpdateCheck = UpdateHome;
 
 TEST_F(UpdateCheck, HandsOverToTheParentWhenAnUpdateIsFound) {
   const Date before = now();
@@ -79,14 +24,11 @@ TEST_F(UpdateCheck, HandsOverToTheParentWhenAnUpdateIsFound) {
   EXPECT_EQ(agent.status, 0) << agent.errors;
   EXPECT_EQ(agent.log,
             (std::vector<std::string>{"Annivo starting", "Opening Annivo to receive update."}));
-  EXPECT_EQ(product.waitForParent(), "arguments 0\ninput /dev/null\n");
+  EXPECT_NE(product.waitForParent(), "");
   EXPECT_EQ(server.requests(), std::vector<std::string>{"/version/2.0.1"});
 
-  const PropertyList::Dictionary parent = home.parent();
-  const Date* checked = parent.at("SULastCheckTime").date();
-  ASSERT_TRUE(checked);
-  EXPECT_GE(*checked, before - std::chrono::days{365});
-  EXPECT_LE(*checked, now() - std::chrono::days{365});
+  EXPECT_GE(lastCheck(), before - std::chrono::days{365});
+  EXPECT_LE(lastCheck(), now() - std::chrono::days{365});
   EXPECT_FALSE(home.own().contains("lastUpdate"));
   EXPECT_TRUE(home.titles(kCalendar).empty()) << "the rest of the run never happens";
 }
@@ -103,6 +45,50 @@ TEST_F(UpdateCheck, HandsOverBeforeASwitchedOffAgentEmptiesItsCalendars) {
   prefer({{"appRunning", false}});
   EXPECT_EQ(run().log.back(), "Opening Annivo to receive update.");
   EXPECT_NE(product.waitForParent(), "");
+}
+
+TEST_F(UpdateCheck, GivesTheParentNoArgumentAndNoneOfItsOpenFiles) {
+  const int inherited = ::open("/dev/zero", O_RDONLY);  // the agent gets it, its parent must not
+  ASSERT_GE(inherited, 0);
+  EXPECT_EQ(run().status, 0);
+  ::close(inherited);
+  EXPECT_EQ(product.waitForParent(),
+            "Annivo 2 []\nfiles 0=/dev/null 1=/dev/null 2=/dev/null\nsession of its own True\n");
+}
+
+TEST_F(UpdateCheck, EndsWhileTheParentThatItStartedGoesOn) {
+  product.holdParent();
+  EXPECT_EQ(run().status, 0);
+  EXPECT_FALSE(product.parentWasStarted());
+  product.releaseParent();
+  EXPECT_NE(product.waitForParent(), "") << "it outlives the agent";
+}
+
+TEST_F(UpdateCheck, StartsTheParentOfThePersonsApplicationsWhereTheEnclosingIsAnother) {
+  product.replace("Info.plist", xmlPropertyList(PropertyList::Dictionary{
+                                    {"CFBundleIdentifier", "org.example.Renamed"},
+                                    {"CFBundleVersion", "2.0.0"},
+                                    {"SUFeedURL", server.url("/version/2.0.1")}}));
+  const std::string contents = "Applications/Elsewhere.app/Contents/";
+  home.folder.writeFile(contents + "Info.plist", xmlPropertyList(PropertyList::Dictionary{
+                                                     {"CFBundleIdentifier", "org.annivo.Annivo2"},
+                                                     {"CFBundleExecutable", "Starter"}}));
+  home.folder.makeFolder(contents + "Linux");
+  fs::rename(product.path("Linux/Annivo 2"), home.folder.path(contents + "Linux/Starter"));
+  EXPECT_EQ(run().status, 0);
+  EXPECT_TRUE(product.waitForParent().starts_with("Starter []\n"));
+}
+
+TEST_F(UpdateCheck, EndsWhenThereIsNoParentToStart) {
+  product.replace("Info.plist", xmlPropertyList(PropertyList::Dictionary{
+                                    {"CFBundleIdentifier", "org.example.Renamed"},
+                                    {"CFBundleVersion", "2.0.0"},
+                                    {"SUFeedURL", server.url("/version/2.0.1")}}));
+  const AgentRun agent = run();
+  EXPECT_EQ(agent.status, 0) << agent.errors;
+  EXPECT_EQ(agent.log.back(), "Opening Annivo to receive update.");
+  EXPECT_TRUE(home.titles(kCalendar).empty());
+  EXPECT_FALSE(home.own().contains("lastUpdate"));
 }
 
 TEST_F(UpdateCheck, EndsEvenWhenTheParentCannotBeStarted) {
@@ -123,12 +109,13 @@ class UpdateCheckWithout : public UpdateCheck, public testing::WithParamInterfac
 
 TEST_P(UpdateCheckWithout, AnUpdateGoesOnWithTheRun) {
   feed(GetParam().path);
-  const Date last = *home.parent().at("SULastCheckTime").date();
+  const Date before = now();
   const AgentRun agent = run();
   expectAFullRun(agent);
   EXPECT_FALSE(server.requests().empty());
   EXPECT_EQ(agent.mentions("No update check of"), GetParam().isLogged) << agent.errors;
-  EXPECT_EQ(*home.parent().at("SULastCheckTime").date(), last);
+  EXPECT_GE(lastCheck(), before) << "the next check waits for the interval";
+  EXPECT_LE(lastCheck(), now());
   EXPECT_TRUE(home.own().contains("lastUpdate"));
 }
 
@@ -143,16 +130,52 @@ INSTANTIATE_TEST_SUITE_P(
                     Feed{"RedirectToDisk", "/redirect?to=file:///etc/passwd", true}),
     [](const auto& feedInfo) { return feedInfo.param.name; });
 
-TEST_F(UpdateCheck, WaitsForAServerThatNeverAnswersUntilTheModuleGivesUp) {
-  auto silent = std::make_unique<FeedServer>();
-  prefer({{"SUFeedURL", silent->url("/silent")}});
-  auto agent = std::async(std::launch::async, [this] { return run(); });
-  EXPECT_EQ(agent.wait_for(3s), std::future_status::timeout) << "the agent adds no limit";
-  EXPECT_TRUE(home.titles(kCalendar).empty());
-  silent.reset();  // the connection ends, and with it the module's check
-  const AgentRun ended = agent.get();
-  expectAFullRun(ended);
-  EXPECT_TRUE(ended.mentions("No update check of")) << ended.errors;
+/// The time at the front of the first line with `text`, in seconds of the day.
+double secondsAt(const AgentRun& run, const std::string& text) {
+  const std::size_t line = run.errors.rfind('\n', run.errors.find(text)) + 1;  // npos + 1 is 0
+  int hours = 0, minutes = 0;
+  double seconds = 0;
+  EXPECT_EQ(
+      std::sscanf(run.errors.c_str() + line, "%*d-%*d-%*d %d:%d:%lf", &hours, &minutes, &seconds),
+      3)
+      << run.errors;
+  return hours * 3600 + minutes * 60 + seconds;
+}
+
+TEST_F(UpdateCheck, WaitsForAServerThatNeverEndsItsAnswerUntilTheModuleGivesUp) {
+  for (const char* path : {"/silent", "/drops"}) {
+    prefer({{"SUFeedURL", server.url(path)}, {"SULastCheckTime", now() - std::chrono::days{8}}});
+    // The clock of the agent runs fast, so that its minute is soon over.
+    const AgentRun agent = run(anotherClock("+0 x20"));
+    EXPECT_EQ(agent.status, 0) << agent.errors;
+    EXPECT_TRUE(agent.mentions("The time limit was reached.")) << agent.errors;
+    EXPECT_TRUE(agent.mentions("Annivo ending")) << agent.errors;
+    EXPECT_FALSE(product.parentWasStarted());
+    const double day = 24 * 3600;
+    const double waited = std::fmod(
+        day + secondsAt(agent, "No update check") - secondsAt(agent, "Annivo starting"), day);
+    EXPECT_GE(waited, 60 - 1);
+  }
+}
+
+TEST_F(UpdateCheck, RefusesAServerThatNobodyVouchesFor) {
+  const TemporaryFolder folder;
+  const FeedServer secure(makeCertificate(folder, "IP:127.0.0.1"));
+  prefer({{"SUFeedURL", secure.url("/version/2.0.1")}});
+  const AgentRun agent = run();
+  expectAFullRun(agent);
+  EXPECT_TRUE(agent.mentions("certificate")) << agent.errors;
+  EXPECT_TRUE(secure.requests().empty());
+}
+
+TEST_F(UpdateCheck, FindsNothingWithoutTheAddressOfAFeed) {
+  prefer({{"SUFeedURL", {}}});
+  product.replace("Info.plist",
+                  xmlPropertyList(PropertyList::Dictionary{
+                      {"CFBundleVersion", "2.0.0"}, {"CFBundleIdentifier", "org.annivo.Annivo2"}}));
+  const AgentRun agent = run();
+  expectAFullRun(agent);
+  EXPECT_TRUE(agent.mentions("No update check of \"\"")) << agent.errors;
 }
 
 TEST_F(UpdateCheck, RefusesAFeedOnTheDisk) {
@@ -193,13 +216,7 @@ TEST_F(UpdateCheck, IsMadeAtEveryRunWithAnIntervalOfZero) {
 }
 
 TEST_F(UpdateCheck, IsDueOnceTheIntervalHasPassedInWholeSeconds) {
-  const std::string library = clockLibrary();
-  ASSERT_NE(library, "") << "the package faketime is missing";
-  const std::map<std::string, std::string> frozen{{"LD_PRELOAD", library},
-                                                  {"FAKETIME", "2026-11-20 18:46:00"},
-                                                  {"NO_FAKE_STAT", "1"},
-                                                  {"FAKETIME_DONT_FAKE_MONOTONIC", "1"},
-                                                  {"ASAN_OPTIONS", "verify_asan_link_order=0"}};
+  const auto frozen = anotherClock("2026-11-20 18:46:00");
   const Date frozenNow = utc(2026, 11, 20, 18, 46);
   const struct {
     PropertyList interval;
@@ -215,7 +232,11 @@ TEST_F(UpdateCheck, IsDueOnceTheIntervalHasPassedInWholeSeconds) {
               {0, -1s, false},
               {"3600", 3600s, true},
               {std::int64_t{1} << 32, 0s, true},
-              {(std::int64_t{1} << 32) + 10, 9s, false}};
+              {(std::int64_t{1} << 32) + 10, 9s, false},
+              {(std::int64_t{1} << 32) + 10, 10s, true},
+              // What has no integer value counts as missing.
+              {PropertyList::Array{1}, 604799s, false},
+              {PropertyList::Dictionary{{"a", 1}}, 604800s, true}};
   feed("/none");
   for (const auto& row : rows) {
     prefer(
@@ -226,61 +247,6 @@ TEST_F(UpdateCheck, IsDueOnceTheIntervalHasPassedInWholeSeconds) {
     EXPECT_EQ(server.requests().size() - before, row.due ? 1u : 0u)
         << row.interval.integerValue() << " " << row.elapsed.count();
   }
-}
-
-TEST_F(UpdateCheck, LoadsTheModuleAndTheNetworkLibraryOnlyWhenDue) {
-  const std::map<std::string, std::string> traced{{"LD_DEBUG", "files"}};
-  feed("/none");
-  const AgentRun due = run(traced);
-  EXPECT_NE(due.errors.find("Sparkle.framework"), std::string::npos);
-  EXPECT_NE(due.errors.find("libcurl"), std::string::npos);
-
-  prefer({{"SULastCheckTime", now()}});
-  const AgentRun idle = run(traced);
-  EXPECT_NE(idle.errors.find("libc.so"), std::string::npos) << "the trace itself works";
-  EXPECT_EQ(idle.errors.find("Sparkle.framework"), std::string::npos);
-  EXPECT_EQ(idle.errors.find("libcurl"), std::string::npos);
-}
-
-/// Each damages the framework of the copied product.
-class UpdateCheckWithFramework : public UpdateCheck {
- protected:
-  void expectNotLoaded() {
-    const AgentRun agent = run();
-    expectAFullRun(agent);
-    EXPECT_TRUE(agent.logged("Sparkle framework not loaded.")) << agent.errors;
-    EXPECT_TRUE(server.requests().empty());
-  }
-};
-
-TEST_F(UpdateCheckWithFramework, MissingGoesOnWithTheRun) {
-  product.remove(kFramework);
-  expectNotLoaded();
-}
-
-TEST_F(UpdateCheckWithFramework, UnreadableGoesOnWithTheRun) {
-  product.remove(kFramework + "Versions/A/Sparkle");
-  fs::create_directory(product.path(kFramework + "Versions/A/Sparkle"));
-  expectNotLoaded();
-}
-
-TEST_F(UpdateCheckWithFramework, ThatIsNoSharedObjectGoesOnWithTheRun) {
-  product.replace(kFramework + "Versions/A/Sparkle", "not a shared object");
-  expectNotLoaded();
-}
-
-TEST_F(UpdateCheckWithFramework, WithoutItsPrincipalClassGoesOnWithTheRun) {
-  product.replace(kFramework + "Versions/A/Resources/Info.plist",
-                  xmlPropertyList(PropertyList::Dictionary{{"CFBundleExecutable", "Sparkle"}}));
-  expectNotLoaded();
-}
-
-TEST_F(UpdateCheckWithFramework, MissingSaysNothingWithoutTheLoggingSwitch) {
-  product.remove(kFramework);
-  home.setOwn({});
-  const AgentRun agent = run();
-  EXPECT_EQ(agent.status, 0);
-  EXPECT_FALSE(agent.mentions("Sparkle")) << agent.errors;
 }
 
 }  // namespace

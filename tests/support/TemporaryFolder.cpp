@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -79,6 +80,14 @@ void TemporaryFolder::touch(const std::string& relative, Date date) const {
   const timespec time{.tv_sec = whole.time_since_epoch().count(), .tv_nsec = fraction.count()};
   const timespec times[] = {time, time};
   EXPECT_EQ(::utimensat(AT_FDCWD, path(relative).c_str(), times, 0), 0) << path(relative);
+}
+
+void TemporaryFolder::giveTo(unsigned user) const {
+  const auto give = [&](const fs::path& path) {
+    EXPECT_EQ(::lchown(path.c_str(), user, user), 0) << path;
+  };
+  give(path_);
+  for (const auto& entry : fs::recursive_directory_iterator(path_)) give(entry.path());
 }
 
 Date TemporaryFolder::modificationDate(const std::string& relative) const {

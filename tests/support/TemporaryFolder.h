@@ -30,6 +30,8 @@ class TemporaryFolder {
   void remove(const std::string& relative) const;
   /// Sets the modification time.
   void touch(const std::string& relative, Date date) const;
+  /// Makes another user the owner of the folder and all that it holds; only the superuser may.
+  void giveTo(unsigned user) const;
   [[nodiscard]] Date modificationDate(const std::string& relative) const;
 
   /// Every entry below `relative` by its path: files with their content, links as "-> target",
