@@ -66,6 +66,8 @@ void ZPKCalendarItems::adoptEvents() {
     NSManagedObject*& record =
         byIdentity[keyOf(identity.myUID, identity.calendarUID, identity.date)];
     if (!record) {
+      // One of another home, in a calendar that both see, is not ours to keep.
+      if (!myStore.calendarWithUID(identity.calendarUID)) continue;
       beginChanges();
       record = &insertRecord(identity, event->uid());
       continue;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <cstddef>
 
 #include "calendar/ZPKCalendarItems.h"
 #include "run/LoggingSwitch.h"
@@ -7,6 +8,9 @@
 namespace annivo {
 
 namespace {
+
+/// Of one event. However it has to be encoded, its file and its record stay readable.
+constexpr std::size_t kLongestTexts = std::size_t{64} * 1024;
 
 bool containsAll(const std::vector<CalAlarm>& alarms, const std::vector<CalAlarm>& wanted) {
   return std::all_of(wanted.begin(), wanted.end(), [&](const CalAlarm& alarm) {
@@ -45,13 +49,18 @@ NSManagedObject& ZPKCalendarItems::insertRecord(const LedgerIdentity& identity,
   return record;
 }
 
-std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::string& uid,
-                                                                  Date date) {
+std::optional<std::vector<NSManagedObject*>> ZPKCalendarItems::recordsOf(const std::string& uid,
+                                                                         Date date) {
   static const auto format =
       NSPredicateFormat::parse("(myUID LIKE[c] %@) AND (calendarUID LIKE[c] %@) AND (date == %@)");
+  return dataFetchedWithPredicate(format.with({uid, thisCalendarUID(), date}));
+}
+
+std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::string& uid,
+                                                                  Date date) {
   auto blank = CalEvent::event();
   const std::string calendarUID = thisCalendarUID();
-  const auto records = dataFetchedWithPredicate(format.with({uid, calendarUID, date}));
+  const auto records = recordsOf(uid, date);
   if (!records) {
     // Without a ledger only the calendars can tell that the event is there already.
     auto known = myStore.eventWithLedgerIdentity({uid, calendarUID, date});
@@ -76,6 +85,9 @@ std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::str
 
 void ZPKCalendarItems::addBasicEvent(const BasicEvent& basic) {
   logOptionally(platform_, "Checking for event '", basic.title, "'.");
+  if (basic.title.size() + basic.url.size() + basic.uid.size() > kLongestTexts) {
+    return refuseEvent(basic);
+  }
   const auto event = findEventWithIDOnDate(basic.uid, basic.withStartDate);
   bool changed = true;
   if (event->title()) {
@@ -85,6 +97,22 @@ void ZPKCalendarItems::addBasicEvent(const BasicEvent& basic) {
   }
   if (changed) saveEvent(*event);
   theRetainedEventUIDs.insert(event->uid());
+}
+
+/// What neither ledger nor calendar could read back is not put into them. An event that is there
+/// stays as it is.
+void ZPKCalendarItems::refuseEvent(const BasicEvent& basic) {
+  if (const auto records = recordsOf(basic.uid, basic.withStartDate);
+      records && !records->empty()) {
+    const auto* eventUID = records->front()->valueForKey("iCalUID").string();
+    if (eventUID) theRetainedEventUIDs.insert(*eventUID);
+  }
+  platform_.application().runAlertWithError(
+      {.kind = Error::Kind::refused,
+       .domain = "CalCalendarStoreErrorDomain",
+       .description = "An event of " + describe(basic.withStartDate) + " cannot be saved.",
+       .failureReason = "Its title, its link and the identifier of its date are longer than " +
+                        std::to_string(kLongestTexts) + " bytes."});
 }
 
 /// Whether the event is to be saved.

@@ -46,7 +46,13 @@ void ZPKCalendarItems::synchronizeCalendars() {
 
 Ledger ZPKCalendarItems::ledger() {
   const Ledger ledger = coreDataSpace->readLedger();
-  if (ledger == Ledger::damaged && !reconciled_) reconcile();
+  if (reconciled_) return ledger;
+  if (ledger == Ledger::damaged) {
+    reconcile();
+  } else if (ledger == Ledger::absent) {
+    reconciled_ = true;
+    adoptEvents();
+  }
   return ledger;
 }
 

@@ -91,10 +91,14 @@ class ZPKCalendarItems {
   /// `dataFetchedWithPredicate:`. Nothing when the fetch failed (logged).
   std::optional<std::vector<NSManagedObject*>> dataFetchedWithPredicate(
       std::optional<NSPredicate> predicate);
-  /// Reads the ledger at the first call; where it is damaged, rebuilds it from the calendars.
+  /// Reads the ledger at the first call; where it is damaged or gone, rebuilds it from the
+  /// calendars.
   core_data_for_dates_AppDelegate::Ledger ledger();
   [[nodiscard]] std::string thisCalendarUID() const;
   NSManagedObject& insertRecord(const LedgerIdentity& identity, const std::string& eventUID);
+  /// The records of an occurrence in the current target.
+  std::optional<std::vector<NSManagedObject*>> recordsOf(const std::string& uid, Date date);
+  void refuseEvent(const BasicEvent& basic);
   bool updateExistingEvent(CalEvent& event, const std::string& title);
   void fillNewEvent(CalEvent& event, const BasicEvent& basic);
   void saveEvent(CalEvent& event);

@@ -81,7 +81,7 @@ core_data_for_dates_AppDelegate::Ledger core_data_for_dates_AppDelegate::readLed
     return *(ledger_ = Ledger::missing);
   }
   for (const std::string& note : store->notes()) platform_.log().write(note);
-  ledger_ = store->damage() ? Ledger::damaged : Ledger::sound;
+  ledger_ = store->damage() ? Ledger::damaged : store->isNew() ? Ledger::absent : Ledger::sound;
   if (store->damage()) platform_.application().presentError(*store->damage());
   return *ledger_;
 }
@@ -103,6 +103,11 @@ bool core_data_for_dates_AppDelegate::closeLedger() {
   const auto folded = store->close();
   if (!folded) platform_.application().presentError(folded.error());
   return folded.ok();
+}
+
+NSUndoManager* core_data_for_dates_AppDelegate::windowWillReturnUndoManager() {
+  NSManagedObjectContext* context = managedObjectContext();
+  return context ? context->undoManager() : nullptr;
 }
 
 TerminateReply core_data_for_dates_AppDelegate::applicationShouldTerminate() {

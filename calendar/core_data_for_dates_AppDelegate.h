@@ -37,6 +37,7 @@ class core_data_for_dates_AppDelegate {
 
   enum class Ledger {
     sound,
+    absent,   ///< there is none yet, or not any more
     damaged,  ///< what was there has to be set aside, the ledger lacks it
     missing,  ///< it cannot be read: fetches and saves fail
   };
@@ -47,6 +48,8 @@ class core_data_for_dates_AppDelegate {
   /// Brings the ledger file up to date with all that was saved. A failure is presented, and nothing
   /// that was saved is lost by it. Whether it succeeded. No other operation may follow.
   bool closeLedger();
+  /// `windowWillReturnUndoManager:`. The context's.
+  [[nodiscard]] NSUndoManager* windowWillReturnUndoManager();
   /// `applicationShouldTerminate:`
   [[nodiscard]] TerminateReply applicationShouldTerminate();
 

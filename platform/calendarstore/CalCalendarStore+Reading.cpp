@@ -3,17 +3,12 @@
 #include <utility>
 
 #include "platform/calendarstore/CalCalendarStoreParts.h"
-#include "platform/calendarstore/ContentValues.h"
 #include "platform/calendarstore/EventFile.h"
 
 namespace annivo {
 namespace {
 
 constexpr std::string_view kSuffix = ".ics";
-
-std::size_t hashOf(const LedgerIdentity& identity) {
-  return std::hash<std::string>{}(identityText(identity));
-}
 
 }  // namespace
 

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 #include "platform/calendarstore/CalCalendarStoreParts.h"
-#include "platform/calendarstore/ContentValues.h"
 #include "platform/calendarstore/EventFile.h"
 
 namespace annivo {
@@ -20,6 +18,7 @@ Error failure(Error::Kind kind, int code, std::string description, std::string r
 
 constexpr int kNoCalendar = 1010;
 constexpr int kNotEditable = 1025;
+constexpr int kTooLarge = 1026;
 
 Result<void> checkCalendar(const CalCalendar* calendar) {
   if (!calendar || calendar->path().empty()) {
@@ -65,7 +64,7 @@ Result<void> CalCalendarStore::saveEvent(CalEvent& event, CalSpan) {
     if (auto saved = saveChanges(event); !saved) return saved;
   }
   if (index_->builtIdentities && event.identity_ && (event.changes_ & CalEvent::kIdentity)) {
-    index_->byIdentity.emplace(std::hash<std::string>{}(identityText(*event.identity_)),
+    index_->byIdentity.emplace(hashOf(*event.identity_),
                                Index::Place{event.calendar_, nameOf(event.path_)});
   }
   event.changes_ = 0;
@@ -96,6 +95,10 @@ Result<void> CalCalendarStore::saveChanges(CalEvent& event) {
 
 Result<void> CalCalendarStore::writeEventFile(const CalCalendar& calendar, const std::string& path,
                                               std::string_view text) {
+  if (text.size() > EventFile::kLimit) {  // It would not be found again.
+    return failure(Error::Kind::refused, kTooLarge, "The event file " + path + " is not written.",
+                   "It would be larger than " + std::to_string(EventFile::kLimit) + " bytes.");
+  }
   wrote_ = true;
   auto written = files_.writeAtomically(path, text);
   if (written || written.error().kind != Error::Kind::absent) return written;

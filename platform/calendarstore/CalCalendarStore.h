@@ -64,7 +64,8 @@ class CalCalendarStore {
   /// ("<uid>.ics"), and only where that fails by an index over all files, built once.
   [[nodiscard]] std::shared_ptr<CalEvent> eventWithUID(const std::string& uid);
   /// Writes a new event into its calendar, or the changed properties of one that is in the store
-  /// into its file, all other lines of which stay byte for byte. The error names the file.
+  /// into its file, all other lines of which stay byte for byte. The error names the file. A file
+  /// above the limit is refused.
   Result<void> saveEvent(CalEvent& event, CalSpan span);
   /// Removes the event's file; where the file holds other events too, only this one from it. Ok
   /// when the event is gone already.

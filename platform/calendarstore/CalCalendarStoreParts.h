@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -26,8 +27,14 @@ struct CalCalendarStore::Index {
   bool builtUIDs = false;
   std::unordered_map<std::string, Place> byUID;  ///< only of files not named after their event
   bool builtIdentities = false;
-  std::unordered_multimap<std::size_t, Place> byIdentity;  ///< by the hash of identityText
+  std::unordered_multimap<std::size_t, Place> byIdentity;  ///< by hashOf
 };
+
+inline std::size_t hashOf(const LedgerIdentity& identity) {
+  const std::hash<std::string> hash;
+  const auto microseconds = static_cast<std::size_t>(identity.date.time_since_epoch().count());
+  return (hash(identity.myUID) * 31 + hash(identity.calendarUID)) * 31 + microseconds;
+}
 
 inline std::string eventsFolder(const CalCalendar& calendar) { return calendar.path() + "/Events"; }
 

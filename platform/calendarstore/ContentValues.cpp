@@ -168,24 +168,29 @@ std::optional<DateValue> dateValue(const ContentLine& line, const NSTimeZone& de
   return DateValue{NSTimeZone(std::string(*zone)).date(*local), false};
 }
 
-std::string identityText(const LedgerIdentity& identity) {
+std::string identityText(const LedgerIdentity& identity, const std::string& eventUID) {
   constexpr std::string_view plain = ":@";
   return std::to_string(identity.date.time_since_epoch().count()) + '/' +
          underscoreEncoded(identity.calendarUID, plain) + '/' +
-         underscoreEncoded(identity.myUID, plain);
+         underscoreEncoded(identity.myUID, plain) + '/' + underscoreEncoded(eventUID, plain);
 }
 
-std::optional<LedgerIdentity> identityFromText(std::string_view text) {
-  const std::size_t first = text.find('/');
-  const std::size_t second = text.find('/', first == text.npos ? first : first + 1);
-  if (second == text.npos || text.find('/', second + 1) != text.npos) return std::nullopt;
+std::optional<IdentityValue> identityFromText(std::string_view text) {
+  std::array<std::string_view, 4> parts;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    const std::size_t end = text.find('/');
+    if ((end == text.npos) != (i + 1 == parts.size())) return std::nullopt;
+    parts[i] = text.substr(0, end);
+    text.remove_prefix(end == text.npos ? text.size() : end + 1);
+  }
   std::int64_t microseconds = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + first, microseconds);
-  if (error != std::errc() || end != text.data() + first) return std::nullopt;
-  return LedgerIdentity{
-      .myUID = underscoreDecoded(text.substr(second + 1)),
-      .calendarUID = underscoreDecoded(text.substr(first + 1, second - first - 1)),
-      .date = Date{std::chrono::microseconds{microseconds}}};
+  const char* const last = parts[0].data() + parts[0].size();
+  const auto [end, error] = std::from_chars(parts[0].data(), last, microseconds);
+  if (error != std::errc() || end != last) return std::nullopt;
+  return IdentityValue{.identity = {.myUID = underscoreDecoded(parts[2]),
+                                    .calendarUID = underscoreDecoded(parts[1]),
+                                    .date = Date{std::chrono::microseconds{microseconds}}},
+                       .eventUID = underscoreDecoded(parts[3])};
 }
 
 }  // namespace annivo

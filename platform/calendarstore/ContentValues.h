@@ -34,9 +34,15 @@ struct DateValue {
 
 /// The property that holds an event's ledger identity.
 inline constexpr std::string_view kIdentityProperty = "X-ANNIVO-IDENTITY";
-/// A ledger identity as the value of that property: "<microseconds since 1970>/<calendarUID>/
-/// <myUID>", the UIDs underscore-encoded, so that no server finds anything in it to reformat.
-[[nodiscard]] std::string identityText(const LedgerIdentity& identity);
-[[nodiscard]] std::optional<LedgerIdentity> identityFromText(std::string_view text);
+/// What it says: the identity, and the event that it was given to. In an event of another UID,
+/// which is a copy that somebody made, it says nothing about that event.
+struct IdentityValue {
+  LedgerIdentity identity;
+  std::string eventUID;
+};
+/// "<microseconds since 1970>/<calendarUID>/<myUID>/<eventUID>", the UIDs underscore-encoded, so
+/// that no server finds anything in it to reformat.
+[[nodiscard]] std::string identityText(const LedgerIdentity& identity, const std::string& eventUID);
+[[nodiscard]] std::optional<IdentityValue> identityFromText(std::string_view text);
 
 }  // namespace annivo

@@ -32,6 +32,7 @@ class EventFile::Reader {
     event_ = std::make_shared<CalEvent>();
     end_.reset();
     duration_.reset();
+    identity_.reset();
     isException_ = false;
   }
   void read(const ContentLine& line);
@@ -51,6 +52,7 @@ class EventFile::Reader {
   AlarmReader alarm_;
   std::optional<DateValue> end_;
   std::optional<std::int64_t> duration_;
+  std::optional<IdentityValue> identity_;
   bool isException_ = false;
 };
 
@@ -75,13 +77,16 @@ void EventFile::Reader::read(const ContentLine& line) {
   } else if (line.named("RECURRENCE-ID")) {
     isException_ = true;
   } else if (line.named(kIdentityProperty)) {
-    if (!event.identity_) event.identity_ = identityFromText(line.value);
+    if (!identity_) identity_ = identityFromText(line.value);
   }
 }
 
 std::shared_ptr<CalEvent> EventFile::Reader::end() {
   if (isException_ || event_->uid_.empty()) return nullptr;
   finishDates();
+  if (identity_ && identity_->eventUID == event_->uid_) {
+    event_->identity_ = std::move(identity_->identity);
+  }
   event_->keptAlarms_ = event_->alarms_.size();
   return std::move(event_);
 }

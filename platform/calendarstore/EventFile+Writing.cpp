@@ -143,8 +143,9 @@ std::vector<Replacement> EventFile::Editor::propertyLines(unsigned changes) cons
   lines.push_back({"LAST-MODIFIED", contentLine("LAST-MODIFIED", now, lineEnd_)});
   lines.push_back({"SEQUENCE", contentLine("SEQUENCE", "1", lineEnd_)});
   if ((changes & CalEvent::kIdentity) && event.identity_) {
-    lines.push_back({kIdentityProperty, contentLine(std::string(kIdentityProperty),
-                                                    identityText(*event.identity_), lineEnd_)});
+    lines.push_back(
+        {kIdentityProperty, contentLine(std::string(kIdentityProperty),
+                                        identityText(*event.identity_, event.uid()), lineEnd_)});
   }
   return lines;
 }

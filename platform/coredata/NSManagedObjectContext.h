@@ -33,6 +33,8 @@ class NSPersistentStore {
   /// After load: why a file that was found has to be set aside, which the first save or close does
   /// (the store then lacks what it held); nothing when all is well.
   [[nodiscard]] virtual const std::optional<Error>& damage() const = 0;
+  /// After load: whether nothing was found, neither a file nor what is left of one.
+  [[nodiscard]] virtual bool isNew() const { return false; }
   /// What was met so far that had to be read as nil, in words for the log, without contact data.
   [[nodiscard]] virtual std::vector<std::string> notes() const { return {}; }
   /// Objects of the entity and its sub-entities, in ascending objectID, that match.
@@ -76,6 +78,8 @@ class NSPersistentStoreCoordinator {
   std::unique_ptr<NSPersistentStore> store_;
 };
 
+class NSUndoManager;
+
 /// Fetches, inserts, changes, deletes and saves objects. Over a coordinator without a store every
 /// fetch and save fails, and inserted objects live in the context alone.
 class NSManagedObjectContext {
@@ -90,6 +94,8 @@ class NSManagedObjectContext {
   [[nodiscard]] bool hasChanges() const;
   /// Whether pending edits could be taken in; there are no editors, so always true.
   [[nodiscard]] bool commitEditing() const { return true; }
+  /// Null: without editors there is nothing to undo.
+  [[nodiscard]] NSUndoManager* undoManager() const { return nullptr; }
   Result<void> save();
 
  private:

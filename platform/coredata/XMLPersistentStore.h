@@ -32,6 +32,7 @@ class XMLPersistentStore final : public NSPersistentStore {
 
   Result<void> load() override;
   const std::optional<Error>& damage() const override { return damage_; }
+  bool isNew() const override { return !fileStamp_ && !damage_; }
   std::vector<std::string> notes() const override { return content_.notes; }
   Result<std::vector<NSManagedObject*>> execute(const NSFetchRequest& request) override;
   NSManagedObject* insert(const NSEntityDescription& entity) override;

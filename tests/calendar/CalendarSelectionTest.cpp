@@ -130,6 +130,27 @@ TEST(CalendarSelection, AnUnknownUIDMakesACalendarAndStoresItsUID) {
   EXPECT_EQ(made->title(), "Annivo Birthdays");
 }
 
+TEST(CalendarSelection, ACalendarThatCannotBeSavedIsTheTargetAllTheSame) {
+  Home home;
+  PosixFileManager disk;
+  FailingFileManager files(disk);
+  files.makeUnwritable(home.home.path("Library/Calendars"));
+  home.home.useFileManager(&files);
+  home.run([&](ZPKCalendarItems& writer) {
+    writer.setThisCalendarWithUIDForType("Birthdays", "gone", "birthCalUID");
+    ASSERT_TRUE(writer.thisCalendar());
+    EXPECT_EQ(writer.thisCalendar()->title(), "Birthdays");
+    EXPECT_FALSE(writer.calendarLocked());
+    EXPECT_TRUE(home.home.storedPreferences(kParentDomain)["birthCalUID"].isEqualToString(
+        writer.thisCalendar()->uid()));
+    EXPECT_TRUE(home.home.alerts.shown().empty()) << "nobody is asked about a calendar";
+    writer.addBasicEvent(eventOn(utc(2026, 12, 1, 12), "D", "Title"));
+    EXPECT_EQ(home.home.alerts.shown().size(), 1U) << "but about an event that is not saved";
+  });
+  EXPECT_GE(home.home.log.count(home.home.path("Library/Calendars")), 1U);
+  EXPECT_TRUE(home.home.exists(Home::kMark));
+}
+
 TEST(CalendarSelection, AKnownCalendarKeepsItsTitle) {
   Home home;
   home.logOn();

@@ -133,18 +133,36 @@ TEST_F(EventWriter, RetitlesAnEventWhoseAlarmsStay) {
 }
 
 TEST_F(EventWriter, KeepsAUsersAdditionsToAnEventThatItRetitles) {
-  home.write("A", {eventOn(kDay, "D-1", "Old")});
+  home.write("A", {eventOn(kDay, "D-1", "Old")}, {message(-60)});
   const std::string path = Home::eventFile("A", home.ledger().front().iCalUID);
   std::string text = home.home.readFile(path);
-  const std::string addition = "DESCRIPTION:mine\r\nX-OTHER;A=b:c\r\nX-EMPTY:\r\n";
-  text.insert(text.find("END:VEVENT"), addition);
+  text.insert(text.find("END:VEVENT"),
+              "DESCRIPTION:mine\r\nX-OTHER;A=b:c\r\nX-EMPTY:\r\nfolded-prop\r\n erty:x\r\n"
+              "BEGIN:VALARM\r\nACTION:DISPLAY\r\nTRIGGER:-PT5M\r\nX-MINE:1\r\nEND:VALARM\r\n");
   home.home.writeFile(path, text);
+  home.home.writeFile(Home::eventFile("A", "own"),
+                      "begin:VCALENDAR\nBEGIN:VEVENT\nUID:own\nSUMMARY:Mine\nX:\nEND:VEVENT\n"
+                      "END:VCALENDAR\n");
   home.home.writeFile(Home::eventFile("A", "users-own"), "BEGIN:VCALENDAR\nrubbish");
-  home.write("A", {eventOn(kDay, "D-1", "New")});
-  const std::string after = home.home.readFile(path);
-  EXPECT_NE(after.find(addition), std::string::npos);
-  EXPECT_NE(after.find("SUMMARY:New"), std::string::npos);
-  EXPECT_EQ(home.home.readFile(Home::eventFile("A", "users-own")), "BEGIN:VCALENDAR\nrubbish");
+  home.home.writeFile("Library/Calendars/A.calendar/Events/.other.tmp", "theirs");
+  auto expected = home.home.snapshot("Library/Calendars");
+  home.home.clock.advance(std::chrono::hours{1});
+  home.write("A", {eventOn(kDay, "D-1", "New")}, {message(-60)});
+  const auto replace = [&](const std::string& from, const std::string& to) {
+    ASSERT_NE(text.find(from), std::string::npos) << from;
+    text.replace(text.find(from), from.size(), to);
+  };
+  replace("SUMMARY:Old", "SUMMARY:New");
+  replace("DTSTAMP:20261120T184600Z", "DTSTAMP:20261120T194600Z");
+  replace("LAST-MODIFIED:20261120T184600Z", "LAST-MODIFIED:20261120T194600Z");
+  replace("SEQUENCE:0", "SEQUENCE:1");
+  EXPECT_EQ(home.home.readFile(path), text) << "every other byte";
+  auto after = home.home.snapshot("Library/Calendars");
+  for (auto* files : {&expected, &after}) {
+    std::erase_if(*files, [&](const auto& file) { return path.ends_with(file.first); });
+  }
+  EXPECT_EQ(after.size(), expected.size());
+  EXPECT_EQ(after, expected);
 }
 
 TEST_F(EventWriter, MakesAnEventAnewThatTheUserDeleted) {

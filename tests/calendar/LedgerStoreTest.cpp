@@ -175,6 +175,13 @@ TEST(LedgerStore, QuittingWithUnsavedChangesThatCannotBeSavedAsks) {
   }
 }
 
+TEST(LedgerStore, ThereIsNothingToUndo) {
+  Home home;
+  Delegate delegate(home.home.platform());
+  EXPECT_EQ(delegate.windowWillReturnUndoManager(), nullptr);
+  EXPECT_EQ(delegate.managedObjectContext()->undoManager(), nullptr);
+}
+
 TEST(LedgerStore, TheFolderIsInApplicationSupport) {
   Home home;
   Delegate delegate(home.home.platform());

@@ -124,17 +124,24 @@ TEST_F(StaleEvents, AFailedRemovalIsLoggedAndTheRecordGoesAllTheSame) {
 }
 
 TEST_F(StaleEvents, ARecordThatNamesNoFileIsDroppedWithoutReachingAnything) {
-  for (const std::string uid : {"../../../x", "", "a/b", "..", "."}) {
+  const std::string binary = "binary\">";
+  const std::string text = "string\">";
+  for (const std::string& uid :
+       {text + "../../../x", text + "../../../../x", text, text + "a/b", text + "..", text + ".",
+        text + std::string(300, 'x'), text + "a\nb", text + "a&#13;&#10;b",
+        binary + "Li4vLi4vLi4veAA=", binary + "YQBi"}) {  // "../../../x" and NUL, "a", NUL, "b"
     home.home.writeFile("x.ics", "other");
     home.writeLedger(
         "<object type=\"EVENT\" id=\"z102\"><attribute name=\"icaluid\" "
-        "type=\"string\">" +
+        "type=\"" +
         uid +
         "</attribute><attribute name=\"date\" type=\"date\">819806400</attribute>"
         "</object>");
+    home.home.log.clear();
     pass({});
     EXPECT_TRUE(home.ledger().empty()) << uid;
     EXPECT_EQ(home.home.readFile("x.ics"), "other");
+    EXPECT_EQ(logged("event identifier cannot be used as a file name"), 1U) << uid;
   }
 }
 

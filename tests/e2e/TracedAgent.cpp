@@ -2,14 +2,18 @@
 #include "tests/e2e/TracedAgent.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
+#include <sys/user.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -78,6 +82,12 @@ std::string textAt(pid_t child, std::uint64_t address) {
   }
 }
 
+std::string pathOf(pid_t child, std::uint64_t descriptor) {
+  std::error_code none;
+  const std::string link = "/proc/" + std::to_string(child) + "/fd/" + std::to_string(descriptor);
+  return std::filesystem::read_symlink(link, none).string();
+}
+
 /// The change that the child is about to make, if it is one.
 std::optional<std::string> changeAtEntry(pid_t child) {
   __ptrace_syscall_info info{};
@@ -104,17 +114,39 @@ std::optional<std::string> changeAtEntry(pid_t child) {
     }
     case Names::descriptor:
       if (arguments[0] <= 2) return std::nullopt;  // The log.
-      return name + std::to_string(arguments[0]);
+      return name + pathOf(child, arguments[0]);
   }
   return std::nullopt;
 }
 
-pid_t startStopped(const std::string& home) {
+/// At the entry of a call: lets it return with that errno and do nothing.
+void failCall([[maybe_unused]] pid_t child, [[maybe_unused]] int code) {
+#ifdef __x86_64__
+  ptrace(PTRACE_POKEUSER, child, offsetof(user_regs_struct, orig_rax), -1L);
+  ptrace(PTRACE_SYSCALL, child, nullptr, 0);
+  int status = 0;
+  waitpid(child, &status, 0);
+  ptrace(PTRACE_POKEUSER, child, offsetof(user_regs_struct, rax), -static_cast<long>(code));
+#endif
+}
+
+std::string contentsOf(int file) {
+  std::string text;
+  char bytes[4096];
+  lseek(file, 0, SEEK_SET);
+  for (ssize_t count = 0; (count = read(file, bytes, sizeof bytes)) > 0;) {
+    text.append(bytes, static_cast<std::size_t>(count));
+  }
+  return text;
+}
+
+pid_t startStopped(const std::string& home, int errors) {
   const pid_t child = fork();
   if (child < 0) throw std::runtime_error("no process");
   if (child > 0) return child;
   const int nothing = open("/dev/null", O_RDWR);
-  for (const int standard : {0, 1, 2}) dup2(nothing, standard);
+  for (const int standard : {0, 1}) dup2(nothing, standard);
+  dup2(errors, 2);
   ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
   raise(SIGSTOP);
   std::string executable = AgentHome::agentExecutable();
@@ -131,9 +163,10 @@ pid_t startStopped(const std::string& home) {
 
 }  // namespace
 
-TracedRun traceAgent(const std::string& home, std::size_t killAt) {
+TracedRun traceAgent(const std::string& home, Disturbance disturbance) {
   TracedRun run;
-  const pid_t child = startStopped(home);
+  const int errors = memfd_create("errors", MFD_CLOEXEC);
+  const pid_t child = startStopped(home, errors);
   int status = 0;
   waitpid(child, &status, 0);
   ptrace(PTRACE_SETOPTIONS, child, nullptr,
@@ -148,13 +181,17 @@ TracedRun traceAgent(const std::string& home, std::size_t killAt) {
     auto change = changeAtEntry(child);
     if (!change) continue;
     run.changes.push_back(std::move(*change));
-    if (run.changes.size() != killAt) continue;
+    if (run.changes.size() != disturbance.number) continue;
+    if (disturbance.kind == Disturbance::Kind::fail) failCall(child, disturbance.code);
+    if (disturbance.kind != Disturbance::Kind::kill) continue;
     kill(child, SIGKILL);
     waitpid(child, &status, 0);
     run.killed = true;
-    return run;
+    break;
   }
-  run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  if (!run.killed) run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  run.errors = contentsOf(errors);
+  close(errors);
   return run;
 }
 

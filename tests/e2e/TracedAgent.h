@@ -9,15 +9,30 @@ namespace annivo {
 
 /// A run of the real agent under the eyes of ptrace.
 struct TracedRun {
-  /// The system calls that change files, in order, each as "name path" (or descriptor).
+  /// The system calls that change files, in order, each as "name path".
   std::vector<std::string> changes;
   /// Whether it was killed.
   bool killed = false;
   int status = -1;  ///< exit status where it was not
+  std::string errors;
 };
 
-/// Runs the agent over `home` and, where `killAt` is not 0, kills it (SIGKILL) as it enters the
-/// `killAt`-th system call that changes a file, before that call does anything.
-[[nodiscard]] TracedRun traceAgent(const std::string& home, std::size_t killAt = 0);
+/// What happens to one of those calls, counted from 1, before it does anything.
+struct Disturbance {
+  enum class Kind { none, kill, fail };
+  Kind kind = Kind::none;
+  std::size_t number = 0;
+  int code = 0;  ///< the errno of a call that fails
+};
+
+/// Whether this machine's calls can be made to fail.
+#ifdef __x86_64__
+inline constexpr bool kCallsCanFail = true;
+#else
+inline constexpr bool kCallsCanFail = false;
+#endif
+
+/// Runs the agent over `home`.
+[[nodiscard]] TracedRun traceAgent(const std::string& home, Disturbance disturbance = {});
 
 }  // namespace annivo

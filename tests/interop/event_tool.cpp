@@ -70,7 +70,7 @@ void print(const CalEvent& event) {
   }
   std::cout << "], \"identity\": ";
   if (event.ledgerIdentity()) {
-    std::cout << json(identityText(*event.ledgerIdentity()));
+    std::cout << json(identityText(*event.ledgerIdentity(), event.uid()));
   } else {
     std::cout << "null";
   }

@@ -1,94 +1,24 @@
 # SPDX-License-Identifier: MIT
 """vdirsyncer syncs the Events folder with a radicale server, both ways."""
-import base64
 import glob
 import os
-import subprocess
-import urllib.error
-import urllib.request
 
 import icalendar
 
+import caldav
 import interop
-
-SERVER = """
-[server]
-hosts = 127.0.0.1:%(port)d
-[auth]
-type = none
-[storage]
-filesystem_folder = %(home)s/server
-[logging]
-level = warning
-"""
-
-SYNC = """
-[general]
-status_path = "%(home)s/status"
-[pair events]
-a = "local"
-b = "server"
-collections = [["events", "Events", "anniversaries"]]
-conflict_resolution = "b wins"
-[storage local]
-type = "filesystem"
-path = "%(calendar)s"
-fileext = ".ics"
-[storage server]
-type = "caldav"
-url = "http://127.0.0.1:%(port)d/ada/"
-username = "ada"
-password = "x"
-"""
 
 FOREIGN = ("BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//x//y//EN\r\nBEGIN:VEVENT\r\n"
            "UID:made on the server\r\nDTSTAMP:20260101T000000Z\r\nDTSTART;VALUE=DATE:20260704\r\n"
            "SUMMARY:Their own\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n")
 
 
-class VdirsyncerTest(interop.HomeTest):
+class VdirsyncerTest(caldav.CaldavTest):
     def setUp(self):
         super().setUp()
-        self.port = interop.free_port()
-        self.write("radicale.conf", SERVER)
-        server = subprocess.Popen(["radicale", "-C", self.home + "/radicale.conf"],
-                                  env=self.environment, cwd=self.home)
-        self.addCleanup(server.wait, 20)
-        self.addCleanup(server.terminate)
-        interop.wait_for_port(self.port, server)
-        self.request("MKCALENDAR", "")
+        self.start_server()
         self.meant = self.tool("make", "12", "99")
-        self.write("vdirsyncer.conf", SYNC)
-        self.environment["VDIRSYNCER_CONFIG"] = self.home + "/vdirsyncer.conf"
-        self.run_program("vdirsyncer", "discover", stdin=subprocess.DEVNULL)
-        self.sync()
-
-    def write(self, name, text):
-        calendar = self.calendar_folder() if glob.glob(self.home + "/Library/Calendars/*.calendar") else ""
-        with open(self.home + "/" + name, "w", encoding="utf-8") as file:
-            file.write(text % {"home": self.home, "port": self.port, "calendar": calendar})
-
-    def sync(self):
-        self.run_program("vdirsyncer", "sync", stdin=subprocess.DEVNULL)
-
-    def request(self, method, item, body=None):
-        """What the server answers; None where it has no such item."""
-        url = "http://127.0.0.1:%d/ada/anniversaries/%s" % (self.port, urllib.request.quote(item))
-        request = urllib.request.Request(url, data=body, method=method)
-        request.add_header("Authorization", "Basic " + base64.b64encode(b"ada:x").decode())
-        if body is not None:
-            request.add_header("Content-Type", "text/calendar; charset=utf-8")
-        opener = urllib.request.build_opener(urllib.request.ProxyHandler({}))
-        try:
-            return opener.open(request, timeout=20).read()
-        except urllib.error.HTTPError as error:
-            if error.code == 404:
-                return None
-            raise
-
-    def on_server(self, uid):
-        answer = self.request("GET", uid + ".ics")
-        return answer and icalendar.Calendar.from_ical(answer).walk("VEVENT")[0]
+        self.sync_for_the_first_time()
 
     def test_the_first_sync_brings_all_events_to_the_server(self):
         for uid, event in self.meant.items():

@@ -35,6 +35,7 @@ class FailingFileManager final : public ForwardingFileManager {
   void failNoMore() { first_.reset(); }
   /// The file or folder is there, and cannot be read or listed.
   void makeUnreadable(const std::string& path) { unreadable_.insert(path); }
+  void makeReadable(const std::string& path) { unreadable_.erase(path); }
   /// Neither the file nor anything below the folder can be changed.
   void makeUnwritable(const std::string& path) { unwritable_.insert(path); }
 

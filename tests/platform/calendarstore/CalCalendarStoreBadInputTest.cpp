@@ -89,7 +89,7 @@ TEST_F(CalCalendarStoreBadInput, DeepNestingOfAllThatFitsIsReadWithinASecond) {
 
 TEST_F(CalCalendarStoreBadInput, EntriesThatAreNoRegularFileAreNamedAndPassedOver) {
   const std::string outside = home.home + "/outside.ics";
-  const std::string text = eventText("LINK", "X-ANNIVO-IDENTITY:0/a/b\r\nSUMMARY:a\r\n");
+  const std::string text = eventText("LINK", "X-ANNIVO-IDENTITY:0/a/b/LINK\r\nSUMMARY:a\r\n");
   CalendarHome::write(outside, text);
   fs::create_directory(folder + "FOLDER.ics");
   fs::create_symlink(folder + "nowhere", folder + "DANGLING.ics");
@@ -143,7 +143,7 @@ TEST_F(CalCalendarStoreBadInput, TheRemainsOfAKilledRunAreTakenAwayAndNothingEls
       {"3E6F0B1A-7D24-4B8B-9C0C-52D1A7E4F690.ics", "BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nUID:theirs"},
       {".hidden", "x"},
       {".vdirsyncer.tmp", "x"},
-      {"E36D0B1A-7D24-4B8B-9C0C-52D1A7E4F690.ics", eventText("U", "X-ANNIVO-IDENTITY:0/a/b\r\n")},
+      {"E36D0B1A-7D24-4B8B-9C0C-52D1A7E4F690.ics", eventText("U", "X-ANNIVO-IDENTITY:0/a/b/U\r\n")},
   };
   for (const auto& [name, bytes] : others) CalendarHome::write(folder + name, bytes);
   home.store().removeRemains(CalCalendarStore::Remains::temporaries);

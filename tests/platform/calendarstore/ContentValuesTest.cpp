@@ -107,17 +107,22 @@ TEST(IdentityText, KeepsMicrosecondsAndEveryByte) {
        .date = kReferenceDate + std::chrono::microseconds{123457}},
   };
   for (const LedgerIdentity& identity : identities) {
-    const std::string text = identityText(identity);
-    EXPECT_EQ(text.find_first_of("\\;,\r\n \"%"), text.npos);
-    EXPECT_EQ(identityFromText(text), identity);
+    for (const std::string& eventUID : {std::string("E-1"), std::string(), bytes}) {
+      const std::string text = identityText(identity, eventUID);
+      EXPECT_EQ(text.find_first_of("\\;,\r\n \"%"), text.npos);
+      const auto value = identityFromText(text);
+      ASSERT_TRUE(value);
+      EXPECT_EQ(value->identity, identity);
+      EXPECT_EQ(value->eventUID, eventUID);
+    }
   }
-  EXPECT_EQ(identityText(identities[0]), "978307200000000/B-2/A-1:ABPerson");
+  EXPECT_EQ(identityText(identities[0], "E-1"), "978307200000000/B-2/A-1:ABPerson/E-1");
 }
 
 TEST(IdentityFromText, RefusesWhatIsNone) {
-  for (const char* text :
-       {"", "/", "//", "1/2", "1/2/3/4", "x/a/b", "1x/a/b", "99999999999999999999/a/b"}) {
-    EXPECT_EQ(identityFromText(text), std::nullopt) << text;
+  for (const char* text : {"", "/", "//", "///", "1/2", "1/2/3", "1/2/3/4/5", "x/a/b/c", "1x/a/b/c",
+                           "/a/b/c", "99999999999999999999/a/b/c"}) {
+    EXPECT_FALSE(identityFromText(text)) << text;
   }
 }
 

@@ -30,7 +30,7 @@ const std::vector<std::string>& sampleLines() {
       "DTSTART;VALUE=DATE:20261120\r\n",
       "DTEND;VALUE=DATE:20261121\r\n",
       "URL;VALUE=URI:addressbook://AB-1:ABPerson\r\n",
-      "X-ANNIVO-IDENTITY:978307200000000/CAL/DATE\r\n",
+      "X-ANNIVO-IDENTITY:978307200000000/CAL/DATE/4DA1E8E2-0D7C-4D5C-B9C0-7E0E8E0B1A11\r\n",
       "X-OTHER:1\r\n",
       "BEGIN:VALARM\r\nTRIGGER:-PT15M\r\nACTION:DISPLAY\r\nSUMMARY:not the "
       "title\r\nUID:x\r\nEND:VALARM\r\n",
@@ -120,6 +120,18 @@ TEST(EventFileReading, ReadsTheDatesOfOtherPrograms) {
   const auto backwards =
       read(eventText("1", "DTSTART;VALUE=DATE:20260701\r\nDTEND;VALUE=DATE:20260101\r\n"));
   EXPECT_EQ(backwards->endDate(), midnight(berlin(), 2026, 7, 1));
+}
+
+TEST(EventFileReading, ACopyUnderAnotherIdentifierIsNobodysButTheUsers) {
+  const std::string property = "X-ANNIVO-IDENTITY:978307200000000/CAL/DATE/";
+  const auto identityWith = [&](const std::string& uid, const std::string& named) {
+    return read(joined({property + named + "\r\n", "UID:" + uid + "\r\n"}))->ledgerIdentity();
+  };
+  EXPECT_TRUE(identityWith("E-1", "E-1"));
+  EXPECT_FALSE(identityWith("E-2", "E-1"));
+  EXPECT_FALSE(identityWith("e-1", "E-1"));
+  EXPECT_FALSE(identityWith("E-1", ""));
+  EXPECT_FALSE(read(joined({"UID:E-1\r\n", "X-ANNIVO-IDENTITY:0/CAL/DATE\r\n"}))->ledgerIdentity());
 }
 
 TEST(EventFileReading, RefusesWhatIsNotWellFormed) {

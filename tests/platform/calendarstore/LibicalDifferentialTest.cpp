@@ -175,7 +175,10 @@ void expectReadBySomebodyElse(const std::string& text, const CalEvent& event) {
   icalproperty* identity = property(vevent, ICAL_X_PROPERTY);
   ASSERT_TRUE(identity);
   EXPECT_STREQ(icalproperty_get_x_name(identity), "X-ANNIVO-IDENTITY");
-  EXPECT_EQ(identityFromText(icalproperty_get_x(identity)), event.ledgerIdentity());
+  const auto value = identityFromText(icalproperty_get_x(identity));
+  ASSERT_TRUE(value);
+  EXPECT_EQ(value->identity, event.ledgerIdentity());
+  EXPECT_EQ(value->eventUID, event.uid());
   const auto count = static_cast<int>(event.alarms().size());
   ASSERT_EQ(icalcomponent_count_components(vevent, ICAL_VALARM_COMPONENT), count);
   icalcomponent* alarm = icalcomponent_get_first_component(vevent, ICAL_VALARM_COMPONENT);
