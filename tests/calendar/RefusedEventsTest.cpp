@@ -53,8 +53,7 @@ TEST_F(RefusedEvents, ALongerOneIsShownAndNothingIsWrittenInAnyRun) {
   auto longURL = eventOn(utc(2026, 12, 2, 12), "D-1", "Title");
   longURL.url = "addressbook://" + std::string(kLongest, 'p');
   const auto longTitle = eventOn(utc(2026, 12, 3, 12), "D-1", title(0) + "x");
-  const auto huge =
-      eventOn(utc(2026, 12, 4, 12), "D-1", std::string(3 * EventFile::kLimit, 'x'));
+  const auto huge = eventOn(utc(2026, 12, 4, 12), "D-1", std::string(3 * EventFile::kLimit, 'x'));
   for (int run = 0; run < 2; ++run) {
     pass({longUID, longURL, longTitle, huge, good});
     ASSERT_EQ(alerts(), 4U);

@@ -186,7 +186,9 @@ TEST_P(Disturbed, AFailureOfAnyChangeOfAFileIsToldAndMadeGoodByTheNextRun) {
     ASSERT_GE(run.changes.size(), number);
     const std::string& change = run.changes[number - 1];
     SCOPED_TRACE("errno " + std::to_string(code) + " at " + std::to_string(number) + ": " + change);
-    EXPECT_EQ(run.status, 0);
+    // Without its lock an agent does not run at all.
+    const bool isLock = change.find("/Library/Caches") != std::string::npos;
+    EXPECT_EQ(run.status, isLock ? 1 : 0);
     EXPECT_NE(run.errors.find(fileOf(change)), std::string::npos) << run.errors;
     expectRecovery(*home);
   }
@@ -215,7 +217,8 @@ TEST(Traced, AnUnchangedSecondRunOpensNothingForWritingButLockAndTime) {
           << change;
     }
   };
-  expectOnly(run, {"Library/Caches/org.annivo.Annivo2.Agent/", "org.annivo.Annivo2.Agent."});
+  expectOnly(run, {"Library/Caches/org.annivo.Annivo2.Agent/", "org.annivo.Annivo2.Agent.",
+                   "fsync " + home.folder.path("Library/Preferences")});
   const auto folders = home.fingerprint();
   expectOnly(traceAgent(home.folder.path()), {"Library/Caches/org.annivo.Annivo2.Agent/"});
   EXPECT_EQ(home.fingerprint(), folders);
