@@ -107,54 +107,56 @@ TEST_P(UnusableStore, IsPresentedOnceAndTheOthersCount) {
 
 INSTANTIATE_TEST_SUITE_P(
     Stores, UnusableStore,
-    testing::Values(
-        Unusable{"NoDatabase",
-                 [](AddressBookHome& home, const std::string& store) {
-                   home.writeFile(store, std::string(8192, 'x'));
-                 },
-                 "not a database"},
-        Unusable{"Empty",
-                 [](AddressBookHome& home, const std::string& store) { home.writeFile(store, ""); },
-                 "Z_PRIMARYKEY"},
-        Unusable{"TruncatedByHalf",
-                 [](AddressBookHome& home, const std::string& store) {
-                   const std::string whole = home.readFile(store);
-                   home.writeFile(store, whole.substr(0, whole.size() / 2));
-                 },
-                 "malformed"},
-        Unusable{"TruncatedByAByte",
-                 [](AddressBookHome& home, const std::string& store) {
-                   const std::string whole = home.readFile(store);
-                   home.writeFile(store, whole.substr(0, whole.size() - 1));
-                 },
-                 "truncated"},
-        Unusable{"WithoutRecords",
-                 [](AddressBookHome& home, const std::string& store) {
-                   home.editStore("DROP TABLE ZABCDRECORD", store);
-                 },
-                 "it has no ZABCDRECORD"},
-        Unusable{"AFolder",
-                 [](AddressBookHome& home, const std::string& store) {
-                   home.folder().remove(store);
-                   home.folder().makeFolder(store);
-                 },
-                 ""},
-        Unusable{"WithAChangeThatACrashLeftUnfinished",
-                 [](AddressBookHome& home, const std::string& store) {
-                   std::string half, journal;
-                   {
-                     EditDatabase writer(home.path(store));
-                     writer.run("PRAGMA cache_size = 1; BEGIN; UPDATE ZABCDRECORD SET ZNAME = "
-                                "hex(randomblob(9000)); UPDATE ZABCDCONTACTDATE SET ZLABEL = "
-                                "hex(randomblob(9000))");
-                     half = home.readFile(store);
-                     journal = home.readFile(store + "-journal");
-                     writer.run("ROLLBACK");
-                   }
-                   home.writeFile(store, half);
-                   home.writeFile(store + "-journal", journal);
-                 },
-                 "another program left a change in it unfinished"}),
+    testing::Values(Unusable{"NoDatabase",
+                             [](AddressBookHome& home, const std::string& store) {
+                               home.writeFile(store, std::string(8192, 'x'));
+                             },
+                             "not a database"},
+                    Unusable{"Empty",
+                             [](AddressBookHome& home, const std::string& store) {
+                               home.writeFile(store, "");
+                             },
+                             "Z_PRIMARYKEY"},
+                    Unusable{"TruncatedByHalf",
+                             [](AddressBookHome& home, const std::string& store) {
+                               const std::string whole = home.readFile(store);
+                               home.writeFile(store, whole.substr(0, whole.size() / 2));
+                             },
+                             "malformed"},
+                    Unusable{"TruncatedByAByte",
+                             [](AddressBookHome& home, const std::string& store) {
+                               const std::string whole = home.readFile(store);
+                               home.writeFile(store, whole.substr(0, whole.size() - 1));
+                             },
+                             "truncated"},
+                    Unusable{"WithoutRecords",
+                             [](AddressBookHome& home, const std::string& store) {
+                               home.editStore("DROP TABLE ZABCDRECORD", store);
+                             },
+                             "it has no ZABCDRECORD"},
+                    Unusable{"AFolder",
+                             [](AddressBookHome& home, const std::string& store) {
+                               home.folder().remove(store);
+                               home.folder().makeFolder(store);
+                             },
+                             ""},
+                    Unusable{"WithAChangeThatACrashLeftUnfinished",
+                             [](AddressBookHome& home, const std::string& store) {
+                               std::string half, journal;
+                               {
+                                 EditDatabase writer(home.path(store));
+                                 writer.run(
+                                     "PRAGMA cache_size = 1; BEGIN; UPDATE ZABCDRECORD SET ZNAME = "
+                                     "hex(randomblob(9000)); UPDATE ZABCDCONTACTDATE SET ZLABEL = "
+                                     "hex(randomblob(9000))");
+                                 half = home.readFile(store);
+                                 journal = home.readFile(store + "-journal");
+                                 writer.run("ROLLBACK");
+                               }
+                               home.writeFile(store, half);
+                               home.writeFile(store + "-journal", journal);
+                             },
+                             "another program left a change in it unfinished"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 // Each attempt on it waits for its 5 s, so little is asked.

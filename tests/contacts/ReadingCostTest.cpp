@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include <malloc.h>
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
-#endif
-
 #include <algorithm>
 
 #include "contacts/ZPKAddressBookDates.h"
 #include "tests/contacts/AddressBookHome.h"
 #include "tests/support/SQLiteWork.h"
 #include "tests/support/SampleHome.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+extern "C" std::size_t
+__sanitizer_get_current_allocated_bytes();  // not every compiler has a header
+#endif
 
 namespace annivo {
 namespace {

@@ -90,22 +90,22 @@ TEST_P(WithoutAModel, ARunFailsAndTakesNothingAway) {
 
 INSTANTIATE_TEST_SUITE_P(
     Systems, WithoutAModel,
-    testing::Values(
-        NoModel{"Later", [](const ProductCopy& p) { p.setSystemVersion("10.8"); }},
-        NoModel{"MuchLater", [](const ProductCopy& p) { p.setSystemVersion("11.0"); }},
-        NoModel{"Earlier", [](const ProductCopy& p) { p.setSystemVersion("10.4.11"); }},
-        NoModel{"Unknown",
-                [](const ProductCopy& p) {
-                  p.remove("SharedSupport/System/Library/CoreServices/SystemVersion.plist");
-                }},
-        NoModel{"ModelMissing",
-                [](const ProductCopy& p) {
-                  p.remove(std::string(kResources) + "ABAddressBook.momd");
-                }},
-        NoModel{"ModelMalformed",
-                [](const ProductCopy& p) {
-                  p.replace(std::string(kResources) + "ABAddressBook.momd", "no model");
-                }}),
+    testing::Values(NoModel{"Later", [](const ProductCopy& p) { p.setSystemVersion("10.8"); }},
+                    NoModel{"MuchLater", [](const ProductCopy& p) { p.setSystemVersion("11.0"); }},
+                    NoModel{"Earlier", [](const ProductCopy& p) { p.setSystemVersion("10.4.11"); }},
+                    NoModel{"Unknown",
+                            [](const ProductCopy& p) {
+                              p.remove(
+                                  "SharedSupport/System/Library/CoreServices/SystemVersion.plist");
+                            }},
+                    NoModel{"ModelMissing",
+                            [](const ProductCopy& p) {
+                              p.remove(std::string(kResources) + "ABAddressBook.momd");
+                            }},
+                    NoModel{"ModelMalformed",
+                            [](const ProductCopy& p) {
+                              p.replace(std::string(kResources) + "ABAddressBook.momd", "no model");
+                            }}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(Contacts, TheModelOfEachFamilyReadsEveryGenerationAlone) {
@@ -185,8 +185,7 @@ INSTANTIATE_TEST_SUITE_P(
                               }},
                     BadSource{"WithoutRecords",
                               [](const AgentHome& home, const std::string& store) {
-                                EditDatabase(home.folder.path(store))
-                                    .run("DROP TABLE ZABCDRECORD");
+                                EditDatabase(home.folder.path(store)).run("DROP TABLE ZABCDRECORD");
                               }}),
     [](const auto& row) { return std::string(row.param.name); });
 
@@ -245,10 +244,10 @@ class InZone : public Contacts, public testing::WithParamInterface<const char*> 
 
 TEST_P(InZone, EveryEventIsOnThePersonsDay) {
   const std::pair<const char*, StoredDay> rows[] = {
-      {"1604 winter 0131", {1604, 1, 31}}, {"1604 summer 0701", {1604, 7, 1}},
-      {"1900 winter 0101", {1900, 1, 1}},  {"1900 summer 0731", {1900, 7, 31}},
+      {"1604 winter 0131", {1604, 1, 31}},  {"1604 summer 0701", {1604, 7, 1}},
+      {"1900 winter 0101", {1900, 1, 1}},   {"1900 summer 0731", {1900, 7, 31}},
       {"1980 winter 1231", {1980, 12, 31}}, {"1980 summer 0630", {1980, 6, 30}},
-      {"2026 winter 0101", {2026, 1, 1}},  {"2026 summer 0704", {2026, 7, 4}}};
+      {"2026 winter 0101", {2026, 1, 1}},   {"2026 summer 0704", {2026, 7, 4}}};
   std::vector<StoredPerson> stored;
   Texts expected;
   for (const auto& [name, day] : rows) {

@@ -32,9 +32,11 @@ TEST_F(CalendarCommands, CalendarsAreCreatedChosenAndGivenUp) {
 TEST_F(CalendarCommands, CalendarsAsJSON) {
   const std::string uid = world.addCalendar("Home \"x\"");
   (void)world.done({"calendars", "choose", "birthdays", uid});
-  EXPECT_EQ(world.done({"calendars", "--json"}),
-            "[\n  {\n    \"anniversaries\": false,\n    \"birthdays\": true,\n    \"editable\": true,\n"
-            "    \"title\": \"Home \\\"x\\\"\",\n    \"uid\": \"" + uid + "\"\n  }\n]\n");
+  EXPECT_EQ(
+      world.done({"calendars", "--json"}),
+      "[\n  {\n    \"anniversaries\": false,\n    \"birthdays\": true,\n    \"editable\": true,\n"
+      "    \"title\": \"Home \\\"x\\\"\",\n    \"uid\": \"" +
+          uid + "\"\n  }\n]\n");
 }
 
 TEST_F(CalendarCommands, CalendarsCreateCanChooseAtOnce) {
@@ -57,8 +59,8 @@ TEST_F(CalendarCommands, CalendarsRefusesWhatCannotBeChosen) {
 }
 
 TEST_F(CalendarCommands, AlarmThatIsThereAlreadyIsNotAddedTwice) {
-  const CommandOutcome outcome =
-      world.run({"alarms", "add", "message", "--days", "2", "--time", "8:00", "--for", "birthdays"});
+  const CommandOutcome outcome = world.run(
+      {"alarms", "add", "message", "--days", "2", "--time", "8:00", "--for", "birthdays"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, "1  message 2 days before at 08:00, for birthdays and anniversaries\n");
   EXPECT_EQ(outcome.err, "There is such an alarm already; nothing is added.\n");

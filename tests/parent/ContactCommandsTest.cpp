@@ -92,7 +92,8 @@ TEST_F(ContactCommands, GroupsCountsPeopleWithDates) {
 TEST_F(ContactCommands, GroupsAndLabelsAsJSON) {
   world.import(vCard("FN:Ann\nBDAY:20000101\nCATEGORIES:A\\, \"B\"\nUID:u\n"));
   const std::string groups = world.done({"groups", "--json"});
-  EXPECT_TRUE(groups.starts_with("[\n  {\n    \"name\": \"A, \\\"B\\\"\",\n    \"people\": 1,\n    \"uid\": "))
+  EXPECT_TRUE(groups.starts_with(
+      "[\n  {\n    \"name\": \"A, \\\"B\\\"\",\n    \"people\": 1,\n    \"uid\": "))
       << groups;
   EXPECT_EQ(world.done({"labels", "--json"}),
             "[\n  {\n    \"dates\": 1,\n    \"label\": \"birthday\",\n"

@@ -34,7 +34,8 @@ class ImportBadInput : public testing::Test {
   /// What follows the file's path in the one line.
   std::string refused(const std::string& path) {
     const std::string line = world.refused({"import", path});
-    const std::string start = "no vCard with a person in " + path + "; the address book is as it was";
+    const std::string start =
+        "no vCard with a person in " + path + "; the address book is as it was";
     EXPECT_TRUE(line.starts_with(start)) << line;
     return line.substr(std::min(start.size(), line.size()));
   }

@@ -125,12 +125,13 @@ INSTANTIATE_TEST_SUITE_P(
              "PHOTO;TYPE=JPEG;ENCODING=BASE64:\r\n /9j/4AAQSkZJRgABAQEAYABgAAD/\r\n ZZ==\r\n\r\n"
              "REV:20231114T120000Z\r\n",
              {"Jörg Müller: birthday 1980-06-10 Anniversary 2005-09-17"}},
-        Card{"AndroidPhoneVersion21",
-             "VERSION:2.1\r\n"
-             "N;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:=4D=C3=BC=6C=6C=65=72;=4A=C3=B6=72=67;;;\r\n"
-             "FN;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:=4A=C3=B6=72=67=20=4D=C3=BC=6C=\r\n"
-             "=6C=65=72\r\nTEL;CELL;PREF:123\r\nBDAY:1980-06-10\r\nX-ANNIVERSARY:2005-09-17\r\n",
-             {"Jörg Müller: birthday 1980-06-10 Anniversary 2005-09-17"}},
+        Card{
+            "AndroidPhoneVersion21",
+            "VERSION:2.1\r\n"
+            "N;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:=4D=C3=BC=6C=6C=65=72;=4A=C3=B6=72=67;;;\r\n"
+            "FN;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:=4A=C3=B6=72=67=20=4D=C3=BC=6C=\r\n"
+            "=6C=65=72\r\nTEL;CELL;PREF:123\r\nBDAY:1980-06-10\r\nX-ANNIVERSARY:2005-09-17\r\n",
+            {"Jörg Müller: birthday 1980-06-10 Anniversary 2005-09-17"}},
         Card{"OnlyNOfAnOldPhone",
              "VERSION:2.1\nN:Smith;Ann\nBDAY:19800610T000000\n",
              {"Ann Smith: birthday 1980-06-10"}},
