@@ -5,7 +5,8 @@
 namespace annivo {
 
 Date ZPKCalendarItems::currentDateOffsetByYears(std::int32_t years) const {
-  return dateByAddingYears(platform_.clock().now(), years, platform_.defaultTimeZone());
+  return NSCalendarDate(platform_.clock().now(), platform_.defaultTimeZone())
+      .dateByAddingYears(years);
 }
 
 void ZPKCalendarItems::removeOtherEvents() {

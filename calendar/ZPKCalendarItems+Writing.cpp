@@ -53,7 +53,12 @@ std::optional<std::vector<NSManagedObject*>> ZPKCalendarItems::recordsOf(const s
                                                                          Date date) {
   static const auto format =
       NSPredicateFormat::parse("(myUID LIKE[c] %@) AND (calendarUID LIKE[c] %@) AND (date == %@)");
-  return dataFetchedWithPredicate(format.with({uid, thisCalendarUID(), date}));
+  std::vector<PropertyList> identity;
+  identity.reserve(3);
+  identity.emplace_back(uid);
+  identity.emplace_back(thisCalendarUID());
+  identity.emplace_back(date);
+  return dataFetchedWithPredicate(format.with(std::move(identity)));
 }
 
 std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::string& uid,

@@ -35,7 +35,10 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 17> kReplace
 
 std::string replaceSpecialCharactersIn(std::string text) {
   ReplacingText result(std::move(text));
-  for (const auto& [from, to] : kReplacements) result.replace(from, to);
+  for (const auto& [from, to] : kReplacements) {
+    const char mark = to.front();
+    if (result.text().find(mark) != std::string::npos) result.replace(from, to);
+  }
   return std::move(result).text();
 }
 

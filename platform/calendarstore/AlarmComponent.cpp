@@ -51,9 +51,9 @@ void appendURL(std::string& out, const std::string& url, std::string_view lineEn
 std::string urlFrom(const ContentLine& line) {
   if (const auto exact = line.parameter(kExactParameter)) {
     std::string url = underscoreDecoded(*exact);
-    if (escapedURI(url) == line.value) return url;
+    if (escapedURI(url) == line.value()) return url;
   }
-  return std::string(line.value);
+  return std::string(line.value());
 }
 
 }  // namespace
@@ -98,29 +98,29 @@ void AlarmReader::read(const ContentLine& line) {
     hasTrigger_ = true;
     readTrigger(line);
   } else if (line.named("ACTION")) {
-    action_ = equalsIgnoringCase(line.value, "AUDIO")       ? Action::audio
-              : equalsIgnoringCase(line.value, "EMAIL")     ? Action::email
-              : equalsIgnoringCase(line.value, "PROCEDURE") ? Action::procedure
-              : equalsIgnoringCase(line.value, "NONE")      ? Action::none
-                                                            : Action::display;
+    action_ = equalsIgnoringCase(line.value(), "AUDIO")       ? Action::audio
+              : equalsIgnoringCase(line.value(), "EMAIL")     ? Action::email
+              : equalsIgnoringCase(line.value(), "PROCEDURE") ? Action::procedure
+              : equalsIgnoringCase(line.value(), "NONE")      ? Action::none
+                                                              : Action::display;
   } else if (line.named("ATTACH") && !attachment_) {
     attachment_ = urlFrom(line);
   } else if (line.named("ATTENDEE") && !attendee_) {
-    std::string_view address = line.value;
+    std::string_view address = line.value();
     if (equalsIgnoringCase(address.substr(0, kMailto.size()), kMailto)) {
       address.remove_prefix(kMailto.size());
     }
     attendee_ = percentDecoded(address);
   } else if (line.named("X-ANNIVO-URL")) {
-    alarm_.url = underscoreDecoded(line.value);
+    alarm_.url = underscoreDecoded(line.value());
   } else if (line.named("X-ANNIVO-SOUND")) {
-    alarm_.sound = underscoreDecoded(line.value);
+    alarm_.sound = underscoreDecoded(line.value());
   }
 }
 
 void AlarmReader::readTrigger(const ContentLine& line) {
   const auto related = line.parameter("RELATED");
-  const auto seconds = durationFromText(line.value);
+  const auto seconds = durationFromText(line.value());
   if (!seconds || (related && !equalsIgnoringCase(*related, "START"))) return;
   alarm_.relativeTrigger = static_cast<double>(*seconds);
   if (const auto parameter = line.parameter(kExactParameter)) {

@@ -33,10 +33,25 @@ std::shared_ptr<CalEvent> CalCalendarStore::eventWithUID(const std::string& uid)
   return eventInFile(found->second.calendar, found->second.name, uid);
 }
 
+/// An event file by name. Absent in a folder held open may mean that another program has put a
+/// whole folder in its place.
+Result<std::string> CalCalendarStore::contentsInFolder(CalCalendar& calendar,
+                                                       const std::string& name) const {
+  if (!calendar.events_) calendar.events_ = files_.openFolder(eventsFolder(calendar));
+  auto contents =
+      calendar.events_->contentsOfFileItself(name, EventFile::kLimit, std::move(memory_));
+  if (contents || contents.error().kind != Error::Kind::absent) return contents;
+  return files_.contentsOfFileItself(eventsFolder(calendar) + "/" + name, EventFile::kLimit);
+}
+
 /// Nothing, with a log line, for what is there and is no event file; nothing at all where there is
 /// nothing.
 std::optional<std::string> CalCalendarStore::contentsOfEventFile(const std::string& path) const {
-  auto contents = files_.contentsOfFileItself(path, EventFile::kLimit);
+  return loggedIfUnreadable(files_.contentsOfFileItself(path, EventFile::kLimit));
+}
+
+std::optional<std::string> CalCalendarStore::loggedIfUnreadable(
+    Result<std::string> contents) const {
   if (contents) return *std::move(contents);
   if (contents.error().kind != Error::Kind::absent) log_.write(contents.error().text());
   return std::nullopt;
@@ -45,18 +60,18 @@ std::optional<std::string> CalCalendarStore::contentsOfEventFile(const std::stri
 std::shared_ptr<CalEvent> CalCalendarStore::eventInFile(
     const std::shared_ptr<CalCalendar>& calendar, const std::string& name,
     const std::string& uid) const {
-  std::string path = eventsFolder(*calendar) + "/" + name;
-  const auto contents = contentsOfEventFile(path);
+  auto contents = loggedIfUnreadable(contentsInFolder(*calendar, name));
   if (!contents) return nullptr;
   const auto events = EventFile::events(*contents, zone_);
+  memory_ = *std::move(contents);
   if (!events) {
-    log_.write("Ignored, as it cannot be parsed: " + path);
+    log_.write("Ignored, as it cannot be parsed: " + eventsFolder(*calendar) + "/" + name);
     return nullptr;
   }
   for (const auto& event : *events) {
     if (event->uid_ != uid) continue;
     event->calendar_ = calendar;
-    event->path_ = std::move(path);
+    event->path_ = eventsFolder(*calendar) + "/" + name;
     return event;
   }
   return nullptr;
@@ -105,8 +120,8 @@ void CalCalendarStore::buildIdentityIndex() {
   if (std::exchange(index_->builtIdentities, true)) return;
   for (const auto& calendar : calendars()) {
     forEachEvent(calendar, [&](const std::string& name, const std::shared_ptr<CalEvent>& event) {
-      if (!event->identity_) return;
-      index_->byIdentity.emplace(hashOf(*event->identity_), Index::Place{calendar, name});
+      if (!event->ledgerIdentity()) return;
+      index_->byIdentity.emplace(hashOf(*event->ledgerIdentity()), Index::Place{calendar, name});
     });
   }
 }
@@ -122,7 +137,7 @@ std::shared_ptr<CalEvent> CalCalendarStore::eventWithLedgerIdentity(
     const auto events = contents ? EventFile::events(*contents, zone_) : std::nullopt;
     if (!events) continue;
     for (const auto& event : *events) {
-      if (event->identity_ != identity) continue;
+      if (event->ledgerIdentity() != identity) continue;
       event->calendar_ = calendar;
       event->path_ = std::move(path);
       return event;
@@ -135,7 +150,7 @@ std::vector<std::shared_ptr<CalEvent>> CalCalendarStore::eventsWithLedgerIdentit
   std::vector<std::shared_ptr<CalEvent>> ours;
   for (const auto& calendar : calendars()) {
     forEachEvent(calendar, [&](const std::string&, const std::shared_ptr<CalEvent>& event) {
-      if (event->identity_) ours.push_back(event);
+      if (event->ledgerIdentity()) ours.push_back(event);
     });
   }
   return ours;
@@ -146,15 +161,15 @@ std::vector<std::shared_ptr<CalEvent>> CalCalendarStore::events(
   std::vector<std::shared_ptr<CalEvent>> found;
   for (const auto& calendar : calendars) {
     forEachEvent(calendar, [&](const std::string&, const std::shared_ptr<CalEvent>& event) {
-      if (!event->startDate_) return;
-      Date after = *event->endDate_;
+      if (!event->start_) return;
+      const Date begin = event->start_->date();
+      Date after = event->end_->date();
       if (event->allDay_) {
         CivilTime next = zone_.civil(after);
         next.day += 1;
         after = zone_.date(next);
       }
-      const bool begins = *event->startDate_ <= end;
-      if (begins && (after > start || *event->startDate_ >= start)) found.push_back(event);
+      if (begin <= end && (after > start || begin >= start)) found.push_back(event);
     });
   }
   return found;

@@ -63,8 +63,8 @@ Result<void> CalCalendarStore::saveEvent(CalEvent& event, CalSpan) {
   } else if (event.changes_ != 0) {
     if (auto saved = saveChanges(event); !saved) return saved;
   }
-  if (index_->builtIdentities && event.identity_ && (event.changes_ & CalEvent::kIdentity)) {
-    index_->byIdentity.emplace(hashOf(*event.identity_),
+  if (index_->builtIdentities && event.ledgerIdentity() && (event.changes_ & CalEvent::kIdentity)) {
+    index_->byIdentity.emplace(hashOf(*event.ledgerIdentity()),
                                Index::Place{event.calendar_, nameOf(event.path_)});
   }
   event.changes_ = 0;

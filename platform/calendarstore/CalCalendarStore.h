@@ -36,6 +36,7 @@ class CalCalendar {
   std::string title_;
   bool editable_ = true;
   std::string path_;
+  std::unique_ptr<ReadableFolder> events_;  ///< opened when first needed
 };
 
 enum class CalSpan { thisEvent };
@@ -99,7 +100,10 @@ class CalCalendarStore {
   void findCalendars(const std::string& folder, int depth);
   void addCalendarAt(const std::string& path, const std::string& name, int depth);
   Result<void> makeCalendar(const CalCalendar& calendar, const std::string& path);
+  [[nodiscard]] Result<std::string> contentsInFolder(CalCalendar& calendar,
+                                                     const std::string& name) const;
   [[nodiscard]] std::optional<std::string> contentsOfEventFile(const std::string& path) const;
+  [[nodiscard]] std::optional<std::string> loggedIfUnreadable(Result<std::string> contents) const;
   [[nodiscard]] std::shared_ptr<CalEvent> eventInFile(const std::shared_ptr<CalCalendar>& calendar,
                                                       const std::string& name,
                                                       const std::string& uid) const;
@@ -121,6 +125,7 @@ class CalCalendarStore {
   NSTimeZone zone_;
   std::string home_;
   std::string root_;
+  mutable std::string memory_;  ///< of the last event file, for the next
   bool wrote_ = false;
   std::unique_ptr<Folders> folders_;
   std::unique_ptr<Index> index_;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/calendarstore/ContentValues.h"
 #include "platform/foundation/UUID.h"
 
 namespace annivo {
@@ -26,12 +27,12 @@ void CalEvent::setCalendar(std::shared_ptr<CalCalendar> calendar) {
 }
 
 void CalEvent::setStartDate(Date date) {
-  startDate_ = date;
+  start_ = date;
   changes_ |= kStart;
 }
 
 void CalEvent::setEndDate(Date date) {
-  endDate_ = date;
+  end_ = date;
   changes_ |= kEnd;
 }
 
@@ -70,7 +71,16 @@ void CalEvent::removeAlarm(const CalAlarm& alarm) {
   changes_ |= kAlarms;
 }
 
+const std::optional<LedgerIdentity>& CalEvent::ledgerIdentity() const {
+  if (!identityText_.empty()) {
+    auto value = identityFromText(std::exchange(identityText_, {}));
+    if (value && value->eventUID == uid()) identity_ = std::move(value->identity);
+  }
+  return identity_;
+}
+
 void CalEvent::setLedgerIdentity(LedgerIdentity identity) {
+  identityText_.clear();
   identity_ = std::move(identity);
   changes_ |= kIdentity;
 }

@@ -10,6 +10,7 @@
 
 #include "platform/calendarstore/CalAlarm.h"
 #include "platform/foundation/Date.h"
+#include "platform/foundation/NSCalendarDate.h"
 
 namespace annivo {
 
@@ -22,6 +23,26 @@ struct LedgerIdentity {
   std::string calendarUID = {};
   Date date{};
   friend bool operator==(const LedgerIdentity&, const LedgerIdentity&) = default;
+};
+
+/// When an event starts or ends: a moment, or a day, which stands for its midnight. That is
+/// reckoned when it is asked for: of most events only title and alarms are.
+class EventTime {
+ public:
+  EventTime(Date moment) : moment_(moment) {}
+  EventTime(const CivilTime& day, const NSTimeZone& zone) : day_(Day{day, zone}) {}
+
+  [[nodiscard]] Date date() const { return day_ ? day_->zone.date(day_->civil) : moment_; }
+  /// Nothing for a moment.
+  [[nodiscard]] const CivilTime* day() const { return day_ ? &day_->civil : nullptr; }
+
+ private:
+  struct Day {
+    CivilTime civil;
+    NSTimeZone zone;
+  };
+  Date moment_{};
+  std::optional<Day> day_;
 };
 
 /// One event. A new one has a UID and nothing else; an event with a title, empty or not, is one
@@ -37,10 +58,10 @@ class CalEvent {
   void setTitle(std::string title);
   [[nodiscard]] const std::shared_ptr<CalCalendar>& calendar() const { return calendar_; }
   void setCalendar(std::shared_ptr<CalCalendar> calendar);
-  [[nodiscard]] std::optional<Date> startDate() const { return startDate_; }
+  [[nodiscard]] std::optional<Date> startDate() const { return dateOf(start_); }
   void setStartDate(Date date);
   /// Of an all-day event read from a file: midnight at the start of its last day.
-  [[nodiscard]] std::optional<Date> endDate() const { return endDate_; }
+  [[nodiscard]] std::optional<Date> endDate() const { return dateOf(end_); }
   void setEndDate(Date date);
   [[nodiscard]] bool isAllDay() const { return allDay_; }
   void setIsAllDay(bool allDay);
@@ -53,7 +74,7 @@ class CalEvent {
   void setAlarms(std::vector<CalAlarm> alarms);
   /// Removes the first alarm equal to `alarm`.
   void removeAlarm(const CalAlarm& alarm);
-  [[nodiscard]] const std::optional<LedgerIdentity>& ledgerIdentity() const { return identity_; }
+  [[nodiscard]] const std::optional<LedgerIdentity>& ledgerIdentity() const;
   void setLedgerIdentity(LedgerIdentity identity);
 
  private:
@@ -69,6 +90,9 @@ class CalEvent {
     kIdentity = 64,
     kCalendar = 128,
   };
+  [[nodiscard]] static std::optional<Date> dateOf(const std::optional<EventTime>& time) {
+    return time ? std::optional(time->date()) : std::nullopt;
+  }
   /// The alarms that no file holds yet.
   [[nodiscard]] std::span<const CalAlarm> newAlarms() const {
     return std::span(alarms_).subspan(keptAlarms_);
@@ -77,17 +101,18 @@ class CalEvent {
   mutable std::string uid_;
   std::optional<std::string> title_;
   std::shared_ptr<CalCalendar> calendar_;
-  std::optional<Date> startDate_;
-  std::optional<Date> endDate_;
+  std::optional<EventTime> start_;
+  std::optional<EventTime> end_;
   bool allDay_ = false;
   std::optional<std::string> url_;
   std::vector<CalAlarm> alarms_;
   std::size_t keptAlarms_ = 0;           ///< how many of alarms_, the first ones, are the file's
   std::vector<CalAlarm> removedAlarms_;  ///< alarms of the file that are to go
   bool replacesAlarms_ = false;          ///< all alarms of the file are to go
-  std::optional<LedgerIdentity> identity_;
-  std::string path_;      ///< its file; "" for a new event
-  unsigned changes_ = 0;  ///< what was set since it was read
+  mutable std::optional<LedgerIdentity> identity_;
+  mutable std::string identityText_;  ///< as the file has it; "" once it is read
+  std::string path_;                  ///< its file; "" for a new event
+  unsigned changes_ = 0;              ///< what was set since it was read
 };
 
 }  // namespace annivo

@@ -34,27 +34,33 @@ std::size_t endOfParameter(std::string_view text, std::size_t start) {
   return text.size();
 }
 
-void split(std::string_view content, ContentLine& line) {
-  line.name = line.parameters = line.value = {};
+}  // namespace
+
+bool ContentLine::isNamed(std::string_view upperCaseName) const {
+  const std::size_t size = upperCaseName.size();
+  if (!equalsIgnoringCase(content_.substr(0, size), upperCaseName)) return false;
+  return content_[size] == ':' || name().size() == size;
+}
+
+ContentLine::Parts ContentLine::split(std::string_view content) {
   std::size_t nameEnd = 0;
   while (nameEnd < content.size() && content[nameEnd] != ':' && content[nameEnd] != ';') ++nameEnd;
-  if (nameEnd == content.size()) return;
   std::size_t colon = nameEnd;
   while (colon < content.size() && content[colon] == ';') {
     colon = endOfParameter(content, colon + 1);
   }
-  if (colon == content.size()) return;
-  line.name = content.substr(0, nameEnd);
-  if (colon > nameEnd) line.parameters = content.substr(nameEnd + 1, colon - nameEnd - 1);
-  line.value = content.substr(colon + 1);
+  if (colon == content.size()) return {};
+  Parts parts{
+      .name = content.substr(0, nameEnd), .parameters = {}, .value = content.substr(colon + 1)};
+  if (colon > nameEnd) parts.parameters = content.substr(nameEnd + 1, colon - nameEnd - 1);
+  return parts;
 }
 
-}  // namespace
-
 std::optional<std::string_view> ContentLine::parameter(std::string_view upperCaseName) const {
-  for (std::size_t start = 0; start < parameters.size();) {
-    const std::size_t end = endOfParameter(parameters, start);
-    const std::string_view one = parameters.substr(start, end - start);
+  const std::string_view all = parameters();
+  for (std::size_t start = 0; start < all.size();) {
+    const std::size_t end = endOfParameter(all, start);
+    const std::string_view one = all.substr(start, end - start);
     start = end + 1;
     const std::size_t equals = one.find('=');
     if (equals == one.npos || !equalsIgnoringCase(one.substr(0, equals), upperCaseName)) continue;
@@ -76,11 +82,12 @@ bool ContentLines::next(ContentLine& line) {
     } while (position_ < text_.size() && continues(text_[position_]));
     content = unfolded(text_.substr(start, position_ - start));
   }
-  line.raw = text_.substr(start, position_ - start);
+  line.raw_ = text_.substr(start, position_ - start);
   if (start == 0 && content.starts_with(kByteOrderMark)) {
     content.remove_prefix(kByteOrderMark.size());
   }
-  split(content, line);
+  line.content_ = content;
+  line.parts_.reset();
   return true;
 }
 

@@ -10,6 +10,7 @@ namespace annivo {
 
 /// Whether two ASCII texts are equal without case; `upper` is in upper case.
 [[nodiscard]] constexpr bool equalsIgnoringCase(std::string_view text, std::string_view upper) {
+  if (text == upper) return true;
   if (text.size() != upper.size()) return false;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i] >= 'a' && text[i] <= 'z' ? static_cast<char>(text[i] - 32) : text[i];
@@ -18,19 +19,46 @@ namespace annivo {
   return true;
 }
 
-/// One content line of an iCalendar text. The views live until the scanner's next step.
-struct ContentLine {
-  std::string_view raw;         ///< its bytes in the text, folds and line end included
-  std::string_view name;        ///< as written; "" where the line has no colon
-  std::string_view parameters;  ///< between name and colon, e.g. "VALUE=DATE;X=\"a:b\""
-  std::string_view value;       ///< unfolded, escapes as written
+/// One content line of an iCalendar text. Its views live until the scanner's next step. It is taken
+/// apart when first asked for a part: most lines are only asked whether they have a certain name.
+class ContentLine {
+ public:
+  /// Its bytes in the text, folds and line end included.
+  [[nodiscard]] std::string_view raw() const { return raw_; }
+  /// As written; "" where the line has no colon.
+  [[nodiscard]] std::string_view name() const { return parts().name; }
+  /// Between name and colon, e.g. "VALUE=DATE;X=\"a:b\"".
+  [[nodiscard]] std::string_view parameters() const { return parts().parameters; }
+  /// Unfolded, escapes as written.
+  [[nodiscard]] std::string_view value() const { return parts().value; }
 
   /// Whether this is the property of that (upper-case) name; case does not matter.
   [[nodiscard]] bool named(std::string_view upperCaseName) const {
-    return equalsIgnoringCase(name, upperCaseName);
+    // Few lines get beyond the first two conditions.
+    const std::size_t size = upperCaseName.size();
+    return content_.size() > size && (content_[size] == ':' || content_[size] == ';') &&
+           isNamed(upperCaseName);
   }
   /// The value of the first parameter of that (upper-case) name, without its quotes.
   [[nodiscard]] std::optional<std::string_view> parameter(std::string_view upperCaseName) const;
+
+ private:
+  friend class ContentLines;
+  struct Parts {
+    std::string_view name;
+    std::string_view parameters;
+    std::string_view value;
+  };
+  [[nodiscard]] const Parts& parts() const {
+    if (!parts_) parts_ = split(content_);
+    return *parts_;
+  }
+  [[nodiscard]] bool isNamed(std::string_view upperCaseName) const;
+  [[nodiscard]] static Parts split(std::string_view content);
+
+  std::string_view raw_;
+  std::string_view content_;  ///< the line without folds and line end
+  mutable std::optional<Parts> parts_;
 };
 
 /// Walks a text line by line, in one pass and linear time. Lines end in CRLF or LF; a line that

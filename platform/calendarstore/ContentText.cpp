@@ -54,13 +54,14 @@ std::string encoded(std::string_view bytes, char escape, std::string_view plain)
 std::string decoded(std::string_view text, char escape) {
   std::string out;
   out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == escape && isTriplet(text, i)) {
-      out += static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2]));
-      i += 2;
-    } else {
-      out += text[i];
-    }
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t next = std::min(text.find(escape, i), text.size());
+    out.append(text, i, next - i);
+    if (next == text.size()) break;
+    const bool triplet = isTriplet(text, next);
+    out += triplet ? static_cast<char>(hexDigit(text[next + 1]) * 16 + hexDigit(text[next + 2]))
+                   : escape;
+    i = next + (triplet ? 3 : 1);
   }
   return out;
 }

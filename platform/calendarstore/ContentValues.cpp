@@ -153,19 +153,19 @@ std::optional<std::string> dayText(Date date, int days, const NSTimeZone& zone) 
   return text.data();
 }
 
-std::optional<DateValue> dateValue(const ContentLine& line, const NSTimeZone& defaultZone) {
-  const std::string_view value = line.value;
-  if (const auto day = civilTime(value, false)) return DateValue{defaultZone.date(*day), true};
+std::optional<EventTime> dateValue(const ContentLine& line, const NSTimeZone& defaultZone) {
+  const std::string_view value = line.value();
+  if (const auto day = civilTime(value, false)) return EventTime(*day, defaultZone);
   if (value.ends_with('Z') || value.ends_with('z')) {
     const auto utc = civilTime(value.substr(0, value.size() - 1), true);
     if (!utc) return std::nullopt;
-    return DateValue{NSTimeZone().date(*utc), false};
+    return EventTime(NSTimeZone().date(*utc));
   }
   const auto local = civilTime(value, true);
   if (!local) return std::nullopt;
   const auto zone = line.parameter("TZID");
-  if (!zone || !isZoneName(*zone)) return DateValue{defaultZone.date(*local), false};
-  return DateValue{NSTimeZone(std::string(*zone)).date(*local), false};
+  if (!zone || !isZoneName(*zone)) return EventTime(defaultZone.date(*local));
+  return EventTime(NSTimeZone(std::string(*zone)).date(*local));
 }
 
 std::string identityText(const LedgerIdentity& identity, const std::string& eventUID) {

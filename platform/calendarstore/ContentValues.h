@@ -23,13 +23,10 @@ namespace annivo {
 /// "20261120", moved by that many days; nothing where the day lies outside the years 1 to 9999.
 [[nodiscard]] std::optional<std::string> dayText(Date date, int days, const NSTimeZone& zone);
 
-struct DateValue {
-  Date date;    ///< of a day its midnight in the default zone
-  bool allDay;  ///< VALUE=DATE
-};
-/// The value of DTSTART or DTEND: a day, a moment in UTC, in a zone of the system's database, or in
-/// `defaultZone` (no TZID, or one that cannot name a zone). Nothing for another text.
-[[nodiscard]] std::optional<DateValue> dateValue(const ContentLine& line,
+/// The value of DTSTART or DTEND: a day (its midnight in `defaultZone`), a moment in UTC, in a zone
+/// of the system's database, or in `defaultZone` (no TZID, or one that cannot name a zone). Nothing
+/// for another text.
+[[nodiscard]] std::optional<EventTime> dateValue(const ContentLine& line,
                                                  const NSTimeZone& defaultZone);
 
 /// The property that holds an event's ledger identity.

@@ -11,8 +11,8 @@ namespace annivo {
 namespace {
 
 std::string titleFrom(const ContentLine& line) {
-  std::string title = unescapedText(line.value);
-  if (line.parameters.empty()) return title;
+  std::string title = unescapedText(line.value());
+  if (line.parameters().empty()) return title;
   if (const auto parameter = line.parameter(kExactParameter)) {
     std::string exact = underscoreDecoded(*parameter);
     if (plainestText(exact) == plainestText(title)) return exact;
@@ -30,15 +30,14 @@ class EventFile::Reader {
 
   void begin() {
     event_ = std::make_shared<CalEvent>();
-    end_.reset();
     duration_.reset();
-    identity_.reset();
     isException_ = false;
   }
   void read(const ContentLine& line);
   void beginAlarm() { alarm_ = AlarmReader(); }
   void readAlarm(const ContentLine& line) { alarm_.read(line); }
   void endAlarm() {
+    if (event_->alarms_.empty()) event_->alarms_.reserve(4);
     if (auto alarm = std::move(alarm_).alarm()) event_->alarms_.push_back(*std::move(alarm));
   }
   /// Null for an exception and for what has no UID.
@@ -50,61 +49,55 @@ class EventFile::Reader {
   const NSTimeZone& zone_;
   std::shared_ptr<CalEvent> event_;
   AlarmReader alarm_;
-  std::optional<DateValue> end_;
   std::optional<std::int64_t> duration_;
-  std::optional<IdentityValue> identity_;
   bool isException_ = false;
 };
 
 void EventFile::Reader::read(const ContentLine& line) {
   CalEvent& event = *event_;
   if (line.named("UID")) {
-    if (event.uid_.empty()) event.uid_ = unescapedText(line.value);
+    if (event.uid_.empty()) event.uid_ = unescapedText(line.value());
   } else if (line.named("SUMMARY")) {
     if (!event.title_) event.title_ = titleFrom(line);
   } else if (line.named("DTSTART")) {
-    if (event.startDate_) return;
-    if (const auto start = dateValue(line, zone_)) {
-      event.startDate_ = start->date;
-      event.allDay_ = start->allDay;
-    }
+    if (event.start_) return;
+    event.start_ = dateValue(line, zone_);
+    event.allDay_ = event.start_ && event.start_->day();
   } else if (line.named("DTEND")) {
-    if (!end_) end_ = dateValue(line, zone_);
+    if (!event.end_) event.end_ = dateValue(line, zone_);
   } else if (line.named("DURATION")) {
-    if (!duration_) duration_ = durationFromText(line.value);
+    if (!duration_) duration_ = durationFromText(line.value());
   } else if (line.named("URL")) {
-    if (!event.url_) event.url_ = std::string(line.value);
+    if (!event.url_) event.url_ = std::string(line.value());
   } else if (line.named("RECURRENCE-ID")) {
     isException_ = true;
   } else if (line.named(kIdentityProperty)) {
-    if (!identity_) identity_ = identityFromText(line.value);
+    if (event.identityText_.empty()) event.identityText_ = line.value();
   }
 }
 
 std::shared_ptr<CalEvent> EventFile::Reader::end() {
   if (isException_ || event_->uid_.empty()) return nullptr;
   finishDates();
-  if (identity_ && identity_->eventUID == event_->uid_) {
-    event_->identity_ = std::move(identity_->identity);
-  }
   event_->keptAlarms_ = event_->alarms_.size();
   return std::move(event_);
 }
 
 void EventFile::Reader::finishDates() {
-  CalEvent& event = *event_;
-  if (!event.startDate_) return;
-  if (end_ && end_->allDay) {
-    CivilTime last = zone_.civil(end_->date);
+  const auto& start = event_->start_;
+  auto& end = event_->end_;
+  if (!start) return end.reset();
+  if (end && end->day()) {
+    const bool laterDay = start->day() && *end->day() > *start->day();
+    CivilTime last = *end->day();
     last.day -= 1;
-    event.endDate_ = zone_.date(last);
-  } else if (end_) {
-    event.endDate_ = end_->date;
-  } else if (duration_) {
-    const std::int64_t day = event.allDay_ ? 86400 : 0;
-    event.endDate_ = *event.startDate_ + std::chrono::seconds{*duration_ - day};
+    end = EventTime(last, zone_);
+    if (laterDay) return;
+  } else if (!end && duration_) {
+    const std::int64_t day = event_->allDay_ ? 86400 : 0;
+    end = start->date() + std::chrono::seconds{*duration_ - day};
   }
-  if (!event.endDate_ || *event.endDate_ < *event.startDate_) event.endDate_ = event.startDate_;
+  if (!end || end->date() < start->date()) end = start;
 }
 
 std::optional<std::vector<std::shared_ptr<CalEvent>>> EventFile::events(std::string_view text,

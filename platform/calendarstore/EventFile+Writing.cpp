@@ -84,7 +84,7 @@ std::size_t positionOfEvent(std::string_view text, const std::string& uid) {
     } else if (lines.kind() == Kind::end) {
       if (found == 0 && !isException && thisUID == uid) found = count;
     } else if (lines.line().named("UID")) {
-      if (thisUID.empty()) thisUID = unescapedText(lines.line().value);
+      if (thisUID.empty()) thisUID = unescapedText(lines.line().value());
     } else if (lines.line().named("RECURRENCE-ID")) {
       isException = true;
     }
@@ -128,10 +128,10 @@ std::vector<Replacement> EventFile::Editor::propertyLines(unsigned changes) cons
   if ((changes & CalEvent::kTitle) && event.title_) {
     lines.push_back({"SUMMARY", titleLine(*event.title_, lineEnd_)});
   }
-  if ((changes & (CalEvent::kStart | CalEvent::kEnd | CalEvent::kAllDay)) && event.startDate_) {
-    const Date start = *event.startDate_;
+  if ((changes & (CalEvent::kStart | CalEvent::kEnd | CalEvent::kAllDay)) && event.start_) {
+    const Date start = event.start_->date();
     lines.push_back({"DTSTART", startLine(start, event.allDay_, zone_, lineEnd_)});
-    lines.push_back({"DTEND", endLine(start, event.endDate_, event.allDay_, zone_, lineEnd_)});
+    lines.push_back({"DTEND", endLine(start, event.endDate(), event.allDay_, zone_, lineEnd_)});
     lines.push_back({"DURATION", ""});
   }
   if (changes & CalEvent::kUrl) {
@@ -142,10 +142,10 @@ std::vector<Replacement> EventFile::Editor::propertyLines(unsigned changes) cons
   lines.push_back({"DTSTAMP", contentLine("DTSTAMP", now, lineEnd_)});
   lines.push_back({"LAST-MODIFIED", contentLine("LAST-MODIFIED", now, lineEnd_)});
   lines.push_back({"SEQUENCE", contentLine("SEQUENCE", "1", lineEnd_)});
-  if ((changes & CalEvent::kIdentity) && event.identity_) {
-    lines.push_back(
-        {kIdentityProperty, contentLine(std::string(kIdentityProperty),
-                                        identityText(*event.identity_, event.uid()), lineEnd_)});
+  if ((changes & CalEvent::kIdentity) && event.ledgerIdentity()) {
+    lines.push_back({kIdentityProperty,
+                     contentLine(std::string(kIdentityProperty),
+                                 identityText(*event.ledgerIdentity(), event.uid()), lineEnd_)});
   }
   return lines;
 }
@@ -156,13 +156,13 @@ std::string EventFile::Editor::edited(std::string_view text, std::size_t positio
   EventLines lines(text);
   while (lines.next()) {
     if (lines.place() == Place::event && lines.kind() == Kind::begin && ++count == position) {
-      lineEnd_ = lines.line().raw.ends_with("\r\n") ? "\r\n" : "\n";
+      lineEnd_ = lines.line().raw().ends_with("\r\n") ? "\r\n" : "\n";
       replacements_ = propertyLines(event_.changes_);
     }
     if (count == position && lines.depth() >= 2) {
       copyOfEvent(lines);
     } else {
-      out_ += lines.line().raw;
+      out_ += lines.line().raw();
     }
   }
   return std::move(out_);
@@ -173,12 +173,12 @@ void EventFile::Editor::copyOfEvent(const EventLines& lines) {
   if (lines.place() == Place::alarm) return copyOfAlarm(lines);
   if (lines.place() != Place::event) {
     if (lines.kind() == Kind::begin) writeMissing();
-    out_ += line.raw;
+    out_ += line.raw();
     return;
   }
   switch (lines.kind()) {
     case Kind::begin:
-      out_ += line.raw;
+      out_ += line.raw();
       break;
     case Kind::property:
       copyProperty(line);
@@ -186,7 +186,7 @@ void EventFile::Editor::copyOfEvent(const EventLines& lines) {
     case Kind::end:
       writeMissing();
       for (const CalAlarm& alarm : event_.newAlarms()) appendAlarm(out_, alarm, lineEnd_);
-      out_ += line.raw;
+      out_ += line.raw();
       break;
   }
 }
@@ -199,7 +199,7 @@ void EventFile::Editor::copyOfAlarm(const EventLines& lines) {
   } else if (lines.kind() == Kind::property) {
     alarm_.read(lines.line());
   }
-  out_ += lines.line().raw;
+  out_ += lines.line().raw();
   if (lines.kind() == Kind::end && isToGo(std::move(alarm_))) out_.resize(alarmStart_);
 }
 
@@ -218,12 +218,12 @@ void EventFile::Editor::copyProperty(const ContentLine& line) {
       replacements_.begin(), replacements_.end(),
       [&](const Replacement& candidate) { return !candidate.done && line.named(candidate.name); });
   if (found == replacements_.end()) {
-    out_ += line.raw;
+    out_ += line.raw();
     return;
   }
   found->done = true;
   if (found->name == "SEQUENCE") {
-    appendContentLine(out_, "SEQUENCE", std::to_string(nextSequence(line.value)), lineEnd_);
+    appendContentLine(out_, "SEQUENCE", std::to_string(nextSequence(line.value())), lineEnd_);
   } else {
     out_ += found->line;
   }
@@ -277,13 +277,13 @@ std::optional<std::string> EventFile::without(std::string_view text, const std::
       thisUID.clear();
     }
     if (isEvent && lines.line().named("UID") && thisUID.empty()) {
-      thisUID = unescapedText(lines.line().value);
+      thisUID = unescapedText(lines.line().value());
     }
     if (!isEvent && begins && lines.depth() == 2 &&
-        !equalsIgnoringCase(lines.line().value, "VTIMEZONE")) {
+        !equalsIgnoringCase(lines.line().value(), "VTIMEZONE")) {
       holdsMore = true;
     }
-    out += lines.line().raw;
+    out += lines.line().raw();
     if (isEvent && lines.kind() == Kind::end) {
       if (thisUID == uid) {
         out.resize(start);
@@ -303,7 +303,7 @@ bool EventFile::isBrokenOff(std::string_view text) {
   while (lines.next()) {
   }
   // Where the text breaks off inside an END line, that line closes nothing.
-  const std::string_view last = lines.line().raw;
+  const std::string_view last = lines.line().raw();
   const bool atEnd = last.data() + last.size() == text.data() + text.size();
   return lines.isOpen() ||
          (atEnd && !last.ends_with('\n') && lines.depth() > 0 && !lines.wellFormed());

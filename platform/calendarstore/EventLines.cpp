@@ -10,6 +10,14 @@ std::string_view trimmed(std::string_view name) {
   return name;
 }
 
+std::string upperCase(std::string_view name) {
+  std::string upper(name);
+  for (char& c : upper) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
+  }
+  return upper;
+}
+
 bool isBlank(std::string_view raw) { return raw.find_first_not_of(" \t\r\n") == raw.npos; }
 
 }  // namespace
@@ -24,13 +32,13 @@ bool EventLines::next() {
   } else {
     kind_ = Kind::property;
     place_ = placeAtDepth(depth_);
-    malformed_ = depth_ == 0 && !isBlank(line_.raw);
+    malformed_ = depth_ == 0 && !isBlank(line_.raw());
   }
   return !malformed_;
 }
 
 bool EventLines::begin() {
-  const std::string_view name = trimmed(line_.value);
+  const std::string_view name = trimmed(line_.value());
   const Place around = placeAtDepth(depth_);
   kind_ = Kind::begin;
   place_ = Place::other;
@@ -43,22 +51,21 @@ bool EventLines::begin() {
   } else if (around == Place::event && equalsIgnoringCase(name, "VALARM")) {
     place_ = Place::alarm;
   }
-  for (const char c : name) open_ += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
-  open_ += '\n';
+  open_.append(name) += '\n';
   lineDepth_ = ++depth_;
   if (depth_ < places_.size()) places_[depth_] = place_;
   return true;
 }
 
 bool EventLines::end() {
-  const std::string_view name = trimmed(line_.value);
+  const std::string_view name = trimmed(line_.value());
   kind_ = Kind::end;
   place_ = placeAtDepth(depth_);
   if (depth_ == 0) return false;
   const std::size_t previous = open_.rfind('\n', open_.size() - 2);
   const std::size_t start = previous == open_.npos ? 0 : previous + 1;
   const std::string_view opened = std::string_view(open_).substr(start, open_.size() - 1 - start);
-  if (!equalsIgnoringCase(name, opened)) return false;
+  if (name != opened && !equalsIgnoringCase(name, upperCase(opened))) return false;
   open_.resize(start);
   --depth_;
   return true;

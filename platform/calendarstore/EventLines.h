@@ -45,7 +45,7 @@ class EventLines {
   ContentLine line_;
   Kind kind_ = Kind::property;
   Place place_ = Place::other;
-  std::string open_;  ///< upper-case names of the open components, a line feed after each
+  std::string open_;  ///< names of the open components, a line feed after each
   std::array<Place, 4> places_{Place::other, Place::other, Place::other, Place::other};
   std::size_t depth_ = 0;
   std::size_t lineDepth_ = 0;

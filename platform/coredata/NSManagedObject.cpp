@@ -31,9 +31,8 @@ void NSManagedObject::setValueForKey(PropertyList value, std::string_view attrib
 PropertyList& NSManagedObject::attributeAt(std::size_t index) {
   auto place = attributes_.begin();
   while (place != attributes_.end() && place->index < index) ++place;
-  if (place == attributes_.end() || place->index != index) {
-    place = attributes_.insert(place, {index, {}});
-  }
+  if (place == attributes_.end()) return attributes_.emplace_back(Attribute{index}).value;
+  if (place->index != index) place = attributes_.insert(place, Attribute{index});
   return place->value;
 }
 

@@ -40,10 +40,11 @@ class NSManagedObject {
   // For stores. Attributes by their index in the entity's description.
   struct Attribute {
     std::size_t index;
-    PropertyList value;
+    PropertyList value = {};
   };
   [[nodiscard]] PropertyList& attributeAt(std::size_t index);
   [[nodiscard]] const PropertyList& attributeAt(std::size_t index) const;
+  void reserveAttributes(std::size_t count) { attributes_.reserve(count); }
   /// Takes what `attributes` holds, ascending by index, in place of all that the object had.
   void takeAttributes(std::vector<Attribute>& attributes);
 

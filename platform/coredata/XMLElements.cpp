@@ -25,9 +25,10 @@ bool XMLElements::skipPast(std::string_view token, std::size_t from) {
 }
 
 bool XMLElements::skipMarkup() {
+  if (at("</")) return skipPast(">", at_ + 2);
+  if (at("<?")) return skipPast("?>", at_ + 2);
   if (at("<!--")) return skipPast("-->", at_ + 4);
   if (at("<![CDATA[")) return skipPast("]]>", at_ + 9);
-  if (at("<?")) return skipPast("?>", at_ + 2);
   for (std::size_t i = at_ + 1; i < text_.size(); ++i) {
     const char c = text_[i];
     if (c == '>') {

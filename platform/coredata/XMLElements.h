@@ -42,7 +42,7 @@ class XMLElements {
   /// Goes over a document type without declarations of its own.
   bool skipDocumentType();
   [[nodiscard]] bool at(std::string_view token) const {
-    return text_.substr(at_, token.size()) == token;
+    return at_ < text_.size() && text_.substr(at_).starts_with(token);
   }
   bool skipPast(std::string_view token, std::size_t from);
   [[nodiscard]] std::string_view nameAt(std::size_t begin) const;

@@ -199,9 +199,11 @@ class Reader {
     row.offset = static_cast<std::uint32_t>(element.begin);
     row.length = static_cast<std::uint32_t>(element.end - element.begin);
     row.saved = true;
-    if (!readAttributes(node, *entity_, [&](std::size_t i, PropertyList value) {
-          row.attributeAt(i) = std::move(value);
-        })) {
+    row.reserveAttributes(entity_->attributes.size());
+    const bool readable = readAttributes(node, *entity_, [&](std::size_t i, PropertyList&& value) {
+      row.attributeAt(i) = std::move(value);
+    });
+    if (!readable) {
       content_.notes.push_back("The object " + std::string(id) +
                                " has a value that cannot be read.");
     }

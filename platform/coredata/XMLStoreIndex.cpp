@@ -2,6 +2,7 @@
 #include "platform/coredata/XMLStoreIndex.h"
 
 #include <algorithm>
+#include <bit>
 #include <functional>
 
 #include "platform/foundation/Unicode.h"
@@ -11,6 +12,8 @@ namespace annivo {
 namespace {
 
 using Comparison = NSPredicate::Comparison;
+
+constexpr std::uint32_t kNoEntry = 0xFFFFFFFF;
 
 bool isHelpful(const Comparison& comparison) {
   const auto* text = comparison.value->string();
@@ -27,7 +30,7 @@ bool isHelpful(const Comparison& comparison) {
 
 /// Equal values, and texts that differ in case only, have the same.
 std::size_t hashOf(const PropertyList& value) {
-  if (const auto* text = value.string()) return std::hash<std::string>{}(caseFolded(*text));
+  if (const auto* text = value.string()) return caseFoldedHash(*text);
   if (const auto* date = value.date()) {
     return std::hash<std::int64_t>{}(date->time_since_epoch().count());
   }
@@ -46,6 +49,21 @@ std::size_t XMLStoreIndex::keyOf(const XMLStoreRow& row) const {
   return key;
 }
 
+void XMLStoreIndex::add(XMLStoreRow& row) {
+  entries_.push_back({keyOf(row), &row, kNoEntry});
+  if (entries_.size() <= chains_.size()) {
+    return link(static_cast<std::uint32_t>(entries_.size()) - 1);
+  }
+  chains_.assign(std::bit_ceil(2 * entries_.size()), kNoEntry);
+  for (std::uint32_t i = 0; i < entries_.size(); ++i) link(i);
+}
+
+void XMLStoreIndex::link(std::uint32_t entry) {
+  std::uint32_t& first = chain(entries_[entry].key);
+  entries_[entry].next = first;
+  first = entry;
+}
+
 std::optional<std::vector<XMLStoreRow*>> XMLStoreIndex::candidates(
     std::vector<Comparison> comparisons, std::deque<XMLStoreRow>& rows) {
   if (!std::all_of(comparisons.begin(), comparisons.end(), isHelpful)) return std::nullopt;
@@ -53,7 +71,8 @@ std::optional<std::vector<XMLStoreRow*>> XMLStoreIndex::candidates(
             [](const auto& a, const auto& b) { return a.attribute < b.attribute; });
   if (attributes_.empty()) {
     for (const auto& comparison : comparisons) attributes_.emplace_back(comparison.attribute);
-    rows_.reserve(rows.size());
+    entries_.reserve(rows.size());
+    chains_.assign(std::bit_ceil(rows.size()), kNoEntry);
     for (XMLStoreRow& row : rows) add(row);
   }
   if (!std::equal(comparisons.begin(), comparisons.end(), attributes_.begin(), attributes_.end(),
@@ -66,8 +85,9 @@ std::optional<std::vector<XMLStoreRow*>> XMLStoreIndex::candidates(
   std::size_t key = 0;
   for (const auto& comparison : comparisons) key = combined(key, hashOf(*comparison.value));
   std::vector<XMLStoreRow*> found;
-  const auto [begin, end] = rows_.equal_range(key);
-  for (auto it = begin; it != end; ++it) found.push_back(it->second);
+  for (auto i = chains_.empty() ? kNoEntry : chain(key); i != kNoEntry; i = entries_[i].next) {
+    if (entries_[i].key == key) found.push_back(entries_[i].row);
+  }
   return found;
 }
 

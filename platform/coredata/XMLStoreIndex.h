@@ -2,9 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/coredata/NSPredicate.h"
@@ -27,11 +28,21 @@ class XMLStoreIndex {
   }
 
  private:
+  struct Entry {
+    std::size_t key;
+    XMLStoreRow* row;
+    std::uint32_t next;  ///< the entry after it in its chain
+  };
   [[nodiscard]] std::size_t keyOf(const XMLStoreRow& row) const;
-  void add(XMLStoreRow& row) { rows_.emplace(keyOf(row), &row); }
+  [[nodiscard]] std::uint32_t& chain(std::size_t key) {
+    return chains_[key & (chains_.size() - 1)];
+  }
+  void add(XMLStoreRow& row);
+  void link(std::uint32_t entry);
 
   std::vector<std::string> attributes_;  ///< sorted; empty before the first use
-  std::unordered_multimap<std::size_t, XMLStoreRow*> rows_;
+  std::vector<Entry> entries_;
+  std::vector<std::uint32_t> chains_;  ///< the first entry of each; a power of two of them
   std::vector<XMLStoreRow*> stale_;
 };
 

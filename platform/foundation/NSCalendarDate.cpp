@@ -74,22 +74,25 @@ seconds NSTimeZone::offset(Date date) const {
   return seconds{rules_->zone().lookup(std::chrono::floor<seconds>(date)).offset};
 }
 
-Date dateByAddingYears(Date date, std::int64_t years, const NSTimeZone& zone) {
-  if (years == 0) return held(date);
-  CivilTime civil = zone.civil(held(date));
+NSCalendarDate::NSCalendarDate(Date date, const NSTimeZone& zone)
+    : date_(held(date)), zone_(zone), civil_(zone.civil(date_)) {}
+
+Date NSCalendarDate::dateByAddingYears(std::int64_t years) const {
+  if (years == 0) return date_;
+  CivilTime civil = civil_;
   civil.year += std::clamp<std::int64_t>(years, -20000, 20000);
   if (civil.year < 1) return kEarliestDate;
   if (civil.year > 9999) return kLatestDate;
   const bool leap = std::chrono::year{static_cast<int>(civil.year)}.is_leap();
   if (civil.month == 2 && civil.day == 29 && !leap) civil.day = 28;
-  return held(zone.date(civil));
+  return held(zone_.date(civil));
 }
 
-std::int64_t wholeYears(Date from, Date to, const NSTimeZone& zone) {
-  const int direction = to < from ? -1 : 1;
-  std::int64_t years = direction * (zone.civil(to).year - zone.civil(from).year);
+std::int64_t NSCalendarDate::wholeYearsTo(Date to) const {
+  const int direction = to < date_ ? -1 : 1;
+  std::int64_t years = direction * (zone_.civil(to).year - civil_.year);
   const auto passes = [&](std::int64_t count) {
-    const Date reached = dateByAddingYears(from, direction * count, zone);
+    const Date reached = dateByAddingYears(direction * count);
     return direction > 0 ? reached > to : reached < to;
   };
   while (years > 0 && passes(years)) --years;

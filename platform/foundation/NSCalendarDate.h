@@ -47,14 +47,24 @@ class NSTimeZone {
   std::shared_ptr<const Rules> rules_;
 };
 
-/// `date` moved by whole years on local wall time; 29 February becomes 28 February in a common
-/// year. Results outside the years 1 to 9999 are held at that range.
-[[nodiscard]] Date dateByAddingYears(Date date, std::int64_t years, const NSTimeZone& zone);
+/// A date with its reading in a zone, for years to be reckoned from it.
+class NSCalendarDate {
+ public:
+  NSCalendarDate(Date date, const NSTimeZone& zone);
 
-/// Whole years from `from` to `to` in the arithmetic of dateByAddingYears, truncated toward zero:
-/// the largest n >= 0 with from + n years <= to, or, where `to` is earlier, the negative of the
-/// largest n with from - n years >= to.
-[[nodiscard]] std::int64_t wholeYears(Date from, Date to, const NSTimeZone& zone);
+  /// The date moved by whole years on local wall time; 29 February becomes 28 February in a common
+  /// year. Results outside the years 1 to 9999 are held at that range.
+  [[nodiscard]] Date dateByAddingYears(std::int64_t years) const;
+  /// Whole years from here to `to` in the arithmetic of dateByAddingYears, truncated toward zero:
+  /// the largest n >= 0 with this + n years <= to, or, where `to` is earlier, the negative of the
+  /// largest n with this - n years >= to.
+  [[nodiscard]] std::int64_t wholeYearsTo(Date to) const;
+
+ private:
+  Date date_;
+  NSTimeZone zone_;
+  CivilTime civil_;
+};
 
 /// "%Y" of the date in the zone: the year in decimal, at least four digits.
 [[nodiscard]] std::string yearText(Date date, const NSTimeZone& zone);

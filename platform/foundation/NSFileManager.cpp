@@ -10,6 +10,29 @@ bool NSFileManager::fileExistsAtPath(const std::string& path) const {
   return attributesAtPath(path, Links::follow).ok();
 }
 
+namespace {
+
+/// Where folders cannot be held open: by path after all.
+class FolderByPath final : public ReadableFolder {
+ public:
+  FolderByPath(const NSFileManager& files, std::string path)
+      : files_(files), path_(std::move(path)) {}
+  Result<std::string> contentsOfFileItself(const std::string& name, std::size_t limit,
+                                           std::string) const override {
+    return files_.contentsOfFileItself(path_ + "/" + name, limit);
+  }
+
+ private:
+  const NSFileManager& files_;
+  std::string path_;
+};
+
+}  // namespace
+
+std::unique_ptr<ReadableFolder> NSFileManager::openFolder(const std::string& path) const {
+  return std::make_unique<FolderByPath>(*this, path);
+}
+
 Result<std::string> NSFileManager::contentsOfFileItself(const std::string& path,
                                                         std::size_t limit) const {
   const auto attributes = attributesAtPath(path, Links::doNotFollow);

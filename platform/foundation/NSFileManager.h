@@ -39,6 +39,18 @@ class AppendingFile {
   virtual Result<void> append(std::string_view bytes) = 0;
 };
 
+/// A folder held open, whose files are read by name: far cheaper than by path where many are. It
+/// stays the folder that it was when another is put in its place.
+class ReadableFolder {
+ public:
+  virtual ~ReadableFolder() = default;
+  /// As contentsOfFileItself; `name` is one path component. The content is put into `memory`, that
+  /// of the file before, say.
+  [[nodiscard]] virtual Result<std::string> contentsOfFileItself(const std::string& name,
+                                                                 std::size_t limit,
+                                                                 std::string memory) const = 0;
+};
+
 /// A held lock; released on destruction (and by the system when the process ends).
 class FileLock {
  public:
@@ -62,6 +74,8 @@ class NSFileManager {
   /// The same for a file inside a folder that is not to be left: a link is unreadable.
   [[nodiscard]] virtual Result<std::string> contentsOfFileItself(const std::string& path,
                                                                  std::size_t limit) const;
+  /// One that finds each file absent where there is no such folder yet. This outlives it.
+  [[nodiscard]] virtual std::unique_ptr<ReadableFolder> openFolder(const std::string& path) const;
   /// Entries of a folder without "." and "..", sorted by name bytes.
   [[nodiscard]] virtual Result<std::vector<DirectoryEntry>> contentsOfDirectory(
       const std::string& path) const = 0;
@@ -98,6 +112,7 @@ class PosixFileManager final : public NSFileManager {
   Result<std::string> contentsAtPath(const std::string& path, std::size_t limit) const override;
   Result<std::string> contentsOfFileItself(const std::string& path,
                                            std::size_t limit) const override;
+  std::unique_ptr<ReadableFolder> openFolder(const std::string& path) const override;
   Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) const override;
   bool isWritable(const std::string& path) const override;
   Result<void> writeAtomically(const std::string& path, std::string_view bytes) override;

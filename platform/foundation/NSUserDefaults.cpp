@@ -4,10 +4,12 @@
 namespace annivo {
 
 const PropertyList& NSUserDefaults::objectForKey(const std::string& key) const {
-  for (const std::string& domain : {ownDomain_, std::string(kGlobalDomain)}) {
-    if (const auto& values = domains_.domain(domain)) {
-      if (const auto found = values->find(key); found != values->end()) return found->second;
-    }
+  if (searched_.empty()) {
+    searched_ = {&domains_.domain(ownDomain_), &domains_.domain(kGlobalDomain)};
+  }
+  for (const auto* values : searched_) {
+    if (!*values) continue;
+    if (const auto found = (*values)->find(key); found != (*values)->end()) return found->second;
   }
   static const PropertyList kNil;
   const auto found = registered_.find(key);

@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/NSFileManager.h"
@@ -24,7 +25,8 @@ class PreferenceDomains {
   /// `home` exists; `<home>/Library/Preferences` need not, and is made when first written to.
   PreferenceDomains(NSFileManager& files, const Clock& clock, Log& log, std::string home);
 
-  /// What the domain itself stores; nothing when there is no such file.
+  /// What the domain itself stores; nothing when there is no such file. The same object at each
+  /// call.
   [[nodiscard]] const std::optional<PropertyList::Dictionary>& domain(const std::string& name);
   /// Sets one key in memory; nil removes it. Nothing is written before synchronize.
   void set(const std::string& name, const std::string& key, PropertyList value);
@@ -77,6 +79,8 @@ class NSUserDefaults {
   PreferenceDomains& domains_;
   std::string ownDomain_;
   PropertyList::Dictionary registered_;
+  /// The own domain and the global one; found when first asked for.
+  mutable std::vector<const std::optional<PropertyList::Dictionary>*> searched_;
 };
 
 /// One key of another application's domain (CFPreferencesSetAppValue, CFPreferencesAppSynchronize).

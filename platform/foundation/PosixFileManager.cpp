@@ -142,25 +142,24 @@ FileType entryType(int folder, const dirent& entry) {
   return fileType(status.st_mode);
 }
 
-Result<std::string> readFile(const std::string& path, std::size_t limit, int moreFlags) {
-  constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  const Descriptor file{::open(path.c_str(), kFlags | moreFlags)};
-  if (!file.valid()) return errorFromErrno(errno, "read", path);
+Result<std::string> readFile(const Descriptor& file, std::size_t limit, const auto& path,
+                             std::string content = {}) {
+  if (!file.valid()) return errorFromErrno(errno, "read", path());
   struct stat status {};
-  if (::fstat(file.number(), &status) != 0) return errorFromErrno(errno, "read", path);
-  if (!S_ISREG(status.st_mode)) return unreadable(path, "It is not a regular file.");
+  if (::fstat(file.number(), &status) != 0) return errorFromErrno(errno, "read", path());
+  if (!S_ISREG(status.st_mode)) return unreadable(path(), "It is not a regular file.");
   const auto tooLarge = [&] {
-    return unreadable(path, "It is larger than " + std::to_string(limit) + " bytes.");
+    return unreadable(path(), "It is larger than " + std::to_string(limit) + " bytes.");
   };
   if (static_cast<std::uint64_t>(status.st_size) > limit) return tooLarge();
 
   // One byte more than the file holds, so that the first read also sees its end.
-  std::string content(static_cast<std::size_t>(status.st_size) + 1, '\0');
+  content.resize(static_cast<std::size_t>(status.st_size) + 1);
   std::size_t length = 0;
   for (;;) {
     const ssize_t count = ::read(file.number(), content.data() + length, content.size() - length);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errorFromErrno(errno, "read", path);
+    if (count < 0) return errorFromErrno(errno, "read", path());
     length += static_cast<std::size_t>(count);
     if (count == 0 || length < content.size()) break;
     if (length > limit) return tooLarge();
@@ -169,6 +168,24 @@ Result<std::string> readFile(const std::string& path, std::size_t limit, int mor
   content.resize(length);
   return content;
 }
+
+constexpr int kReading = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+
+class PosixFolder final : public ReadableFolder {
+ public:
+  PosixFolder(Descriptor folder, std::string path)
+      : folder_(std::move(folder)), path_(std::move(path)) {}
+  Result<std::string> contentsOfFileItself(const std::string& name, std::size_t limit,
+                                           std::string memory) const override {
+    const Descriptor file{::openat(folder_.number(), name.c_str(), kReading | O_NOFOLLOW)};
+    return readFile(
+        file, limit, [&] { return path_ + "/" + name; }, std::move(memory));
+  }
+
+ private:
+  Descriptor folder_;
+  std::string path_;
+};
 
 }  // namespace
 
@@ -189,12 +206,20 @@ Result<FileAttributes> PosixFileManager::attributesAtPath(const std::string& pat
 
 Result<std::string> PosixFileManager::contentsAtPath(const std::string& path,
                                                      std::size_t limit) const {
-  return readFile(path, limit, 0);
+  const Descriptor file{::open(path.c_str(), kReading)};
+  return readFile(file, limit, [&] { return path; });
 }
 
 Result<std::string> PosixFileManager::contentsOfFileItself(const std::string& path,
                                                            std::size_t limit) const {
-  return readFile(path, limit, O_NOFOLLOW);
+  const Descriptor file{::open(path.c_str(), kReading | O_NOFOLLOW)};
+  return readFile(file, limit, [&] { return path; });
+}
+
+std::unique_ptr<ReadableFolder> PosixFileManager::openFolder(const std::string& path) const {
+  Descriptor folder{::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+  if (!folder.valid()) return NSFileManager::openFolder(path);
+  return std::make_unique<PosixFolder>(std::move(folder), path);
 }
 
 Result<std::vector<DirectoryEntry>> PosixFileManager::contentsOfDirectory(

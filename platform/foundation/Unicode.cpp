@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <cstring>
+#include <functional>
 #include <vector>
 
 namespace annivo {
@@ -127,6 +129,26 @@ std::string caseFolded(std::string_view text) {
   }
   std::free(mapped);
   return folded;
+}
+
+std::size_t caseFoldedHash(std::string_view text) {
+  constexpr std::size_t kHighBits = 0x8080808080808080;
+  constexpr std::size_t kCaseBits = 0x2020202020202020;
+  std::size_t hash = text.size();
+  std::size_t seen = 0;
+  const auto take = [&](const char* bytes, std::size_t count) {
+    std::size_t word = 0;
+    std::memcpy(&word, bytes, count);
+    seen |= word;
+    hash = (hash ^ (word | kCaseBits)) * 0x9E3779B97F4A7C15;
+    hash ^= hash >> 32;
+  };
+  std::size_t i = 0;
+  for (; i + sizeof hash <= text.size(); i += sizeof hash) take(text.data() + i, sizeof hash);
+  take(text.data() + i, text.size() - i);
+  if ((seen & kHighBits) == 0) return hash;
+  const std::string folded = caseFolded(text);
+  return isASCII(folded) ? caseFoldedHash(folded) : std::hash<std::string>{}(folded);
 }
 
 std::string capitalized(std::string_view text, std::string_view language) {

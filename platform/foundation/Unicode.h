@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,8 @@ namespace annivo {
 /// `text` folded for comparison without case (Unicode default case folding of its canonical form).
 /// Plain ASCII costs one pass.
 [[nodiscard]] std::string caseFolded(std::string_view text);
+/// Equal for texts whose folded forms are.
+[[nodiscard]] std::size_t caseFoldedHash(std::string_view text);
 /// Each word's first letter in upper (title) case, the rest in lower case, by the rules of
 /// `language` (Turkish and Azeri i, Lithuanian left as Unicode's default; a final Greek sigma is
 /// the final form). A word is a run of letters, marks and digits; an apostrophe inside a word

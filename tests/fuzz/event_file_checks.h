@@ -28,7 +28,7 @@ inline std::vector<std::string> otherLines(std::string_view text) {
   while (lines.next(line)) {
     if (!line.named("SUMMARY") && !line.named("DTSTAMP") && !line.named("LAST-MODIFIED") &&
         !line.named("SEQUENCE")) {
-      raw.emplace_back(line.raw);
+      raw.emplace_back(line.raw());
     }
   }
   return raw;
@@ -48,8 +48,8 @@ inline void checkEventText(std::string_view text) {
   ContentLines lines(text);
   ContentLine line;
   while (lines.next(line)) {
-    require(!line.raw.empty(), "each step goes on");
-    joined += line.raw;
+    require(!line.raw().empty(), "each step goes on");
+    joined += line.raw();
   }
   require(joined == text, "the raw lines are the text");
 

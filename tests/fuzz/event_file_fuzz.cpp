@@ -71,12 +71,12 @@ void checkUnfolding(std::string_view text) {
   while (lines.next(line)) {
     char* theirs = icalparser_get_line(parser, nextPhysicalLine);
     annivo::fuzz::require(theirs != nullptr, "libical reads as many lines");
-    if (!line.name.empty()) {
-      const std::string value = ":" + std::string(line.value);
-      std::string ours(line.name);
-      if (!line.parameters.empty()) ours.append(";").append(line.parameters);
+    if (!line.name().empty()) {
+      const std::string value = ":" + std::string(line.value());
+      std::string ours(line.name());
+      if (!line.parameters().empty()) ours.append(";").append(line.parameters());
       const bool bare =
-          line.parameters.empty() && withoutSpaces(ours + ";" + value) == withoutSpaces(theirs);
+          line.parameters().empty() && withoutSpaces(ours + ";" + value) == withoutSpaces(theirs);
       annivo::fuzz::require(bare || withoutSpaces(ours + value) == withoutSpaces(theirs),
                             "libical unfolds alike");
     }

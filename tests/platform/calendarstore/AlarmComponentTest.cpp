@@ -149,7 +149,7 @@ TEST(AppendAlarm, EveryAlarmReadsBackEqualAndAddsNoLine) {
     int unnamed = 0;
     while (scanner.next(line)) {
       if (line.named("BEGIN")) ++begins;
-      if (line.name.empty()) ++unnamed;
+      if (line.name().empty()) ++unnamed;
     }
     EXPECT_EQ(begins, 1);
     EXPECT_EQ(unnamed, 0);

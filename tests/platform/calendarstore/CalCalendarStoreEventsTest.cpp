@@ -91,6 +91,18 @@ TEST_F(CalCalendarStoreEvents, AnEventIsFoundInWhicheverCalendarItLies) {
   }
 }
 
+TEST_F(CalCalendarStoreEvents, AnEventIsFoundInAFolderThatTookThePlaceOfTheOneRead) {
+  CalendarHome::write(file("OLD.ics"), eventText("OLD", "SUMMARY:old\r\n"));
+  ASSERT_TRUE(home.store().eventWithUID("OLD"));
+  const auto events = std::filesystem::path(file("OLD.ics")).parent_path();
+  std::filesystem::rename(events, events.string() + ".old");
+  std::filesystem::create_directory(events);
+  CalendarHome::write(file("NEW.ics"), eventText("NEW", "SUMMARY:new\r\n"));
+  const auto found = home.store().eventWithUID("NEW");
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->title(), "new");
+}
+
 TEST_F(CalCalendarStoreEvents, AnEventInAFileOfAnotherNameIsFoundByItsIdentifier) {
   CalendarHome::write(file("chosen by a server.ics", "TWO"), eventText("UID-1", "SUMMARY:a\r\n"));
   CalendarHome::write(file("UID-2.ics"), eventText("UID-1b", "SUMMARY:wrong\r\n"));

@@ -19,8 +19,8 @@ std::vector<Parsed> linesOf(std::string_view text) {
   ContentLines lines(text);
   ContentLine line;
   while (lines.next(line)) {
-    found.push_back({std::string(line.raw), std::string(line.name), std::string(line.parameters),
-                     std::string(line.value)});
+    found.push_back({std::string(line.raw()), std::string(line.name()),
+                     std::string(line.parameters()), std::string(line.value())});
   }
   return found;
 }

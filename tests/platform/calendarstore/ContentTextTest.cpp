@@ -80,7 +80,7 @@ TEST(AppendContentLine, FoldsAt75OctetsOnCharacterBorders) {
       ContentLines lines(out);
       ContentLine line;
       ASSERT_TRUE(lines.next(line));
-      EXPECT_EQ(line.value, value);
+      EXPECT_EQ(line.value(), value);
       EXPECT_FALSE(lines.next(line));
     }
   }
@@ -108,7 +108,7 @@ TEST(ContentText, RandomTextsSurviveTheWayThroughALine) {
     ContentLines lines(out);
     ContentLine line;
     ASSERT_TRUE(lines.next(line));
-    EXPECT_EQ(unescapedText(line.value), text) << "seed 20261120, round " << round;
+    EXPECT_EQ(unescapedText(line.value()), text) << "seed 20261120, round " << round;
     EXPECT_FALSE(lines.next(line));
   }
 }

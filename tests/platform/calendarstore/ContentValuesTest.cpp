@@ -44,24 +44,24 @@ TEST(DurationFromText, RefusesWhatIsNone) {
   }
 }
 
-DateValue read(const std::string& text, const NSTimeZone& zone) {
+EventTime read(const std::string& text, const NSTimeZone& zone) {
   ContentLines lines(text);
   ContentLine line;
   EXPECT_TRUE(lines.next(line));
   const auto value = dateValue(line, zone);
   EXPECT_TRUE(value) << text;
-  return value.value_or(DateValue{});
+  return value.value_or(Date{});
 }
 
 TEST(DateValue, ReadsDaysMomentsAndZones) {
   const NSTimeZone berlin("Europe/Berlin");
   const Date noon = NSTimeZone().date({.year = 2026, .month = 7, .day = 1, .hour = 12});
-  EXPECT_EQ(read("DTSTART;VALUE=DATE:20260701", berlin).date, midnight(berlin, 2026, 7, 1));
-  EXPECT_TRUE(read("DTSTART:20260701", berlin).allDay);
-  EXPECT_EQ(read("DTSTART:20260701T120000Z", berlin).date, noon);
-  EXPECT_EQ(read("DTSTART;TZID=America/New_York:20260701T080000", berlin).date, noon);
-  EXPECT_EQ(read("DTSTART:20260701T140000", berlin).date, noon);
-  EXPECT_FALSE(read("DTSTART:20260701T140000", berlin).allDay);
+  EXPECT_EQ(read("DTSTART;VALUE=DATE:20260701", berlin).date(), midnight(berlin, 2026, 7, 1));
+  EXPECT_TRUE(read("DTSTART:20260701", berlin).day());
+  EXPECT_EQ(read("DTSTART:20260701T120000Z", berlin).date(), noon);
+  EXPECT_EQ(read("DTSTART;TZID=America/New_York:20260701T080000", berlin).date(), noon);
+  EXPECT_EQ(read("DTSTART:20260701T140000", berlin).date(), noon);
+  EXPECT_FALSE(read("DTSTART:20260701T140000", berlin).day());
 }
 
 TEST(DateValue, AZoneNameNeverLeadsOutOfTheZoneDatabase) {
@@ -69,7 +69,7 @@ TEST(DateValue, AZoneNameNeverLeadsOutOfTheZoneDatabase) {
   const Date local = berlin.date({.year = 2026, .month = 7, .day = 1, .hour = 14});
   for (const char* zone : {"/dev/zero", "../../../dev/zero", "\":/etc/passwd\"", "a/../b", "",
                            "W. Europe Standard Time", "\"/x y\""}) {
-    EXPECT_EQ(read(std::string("DTSTART;TZID=") + zone + ":20260701T140000", berlin).date, local)
+    EXPECT_EQ(read(std::string("DTSTART;TZID=") + zone + ":20260701T140000", berlin).date(), local)
         << zone;
   }
 }

@@ -5,10 +5,13 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <string>
 
 #include "platform/foundation/NSFileManager.h"
 #include "tests/support/ForwardingFileManager.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace annivo {
 namespace {
@@ -25,24 +28,48 @@ TEST(ContentsOfFileItself, ReadsRegularFilesAndNoLinks) {
   fs::create_symlink(folder + "/file", folder + "/link");
   fs::create_symlink(folder + "/nowhere", folder + "/dangling");
   ASSERT_EQ(::mkfifo((folder + "/fifo").c_str(), 0600), 0);
-  for (const NSFileManager* files :
-       {static_cast<const NSFileManager*>(&posix), static_cast<const NSFileManager*>(&plain)}) {
+  using Reading = std::function<Result<std::string>(const std::string&, std::size_t)>;
+  const auto byPath = [&](const NSFileManager& files) -> Reading {
+    return [&](const std::string& name, std::size_t limit) {
+      return files.contentsOfFileItself(folder + "/" + name, limit);
+    };
+  };
+  const auto byFolder = [&](const NSFileManager& files) -> Reading {
+    return [open = std::shared_ptr(files.openFolder(folder))](const std::string& name,
+                                                              std::size_t limit) {
+      return open->contentsOfFileItself(name, limit, "what was read before");
+    };
+  };
+  for (const Reading& read : {byPath(posix), byPath(plain), byFolder(posix), byFolder(plain)}) {
     const auto kindOf = [&](const std::string& name, std::size_t limit) {
-      const auto contents = files->contentsOfFileItself(folder + name, limit);
+      const auto contents = read(name, limit);
       EXPECT_FALSE(contents) << name;
       return contents ? Error::Kind::failed : contents.error().kind;
     };
-    const auto contents = files->contentsOfFileItself(folder + "/file", 5);
+    const auto contents = read("file", 5);
     ASSERT_TRUE(contents);
     EXPECT_EQ(*contents, "12345");
-    EXPECT_EQ(kindOf("/file", 4), Error::Kind::unreadable);
-    EXPECT_EQ(kindOf("/link", 5), Error::Kind::unreadable);
-    EXPECT_EQ(kindOf("/dangling", 5), Error::Kind::unreadable);
-    EXPECT_EQ(kindOf("/fifo", 5), Error::Kind::unreadable);
-    EXPECT_EQ(kindOf("/", 5), Error::Kind::unreadable);
-    EXPECT_EQ(kindOf("/absent", 5), Error::Kind::absent);
+    EXPECT_EQ(kindOf("file", 4), Error::Kind::unreadable);
+    EXPECT_EQ(kindOf("link", 5), Error::Kind::unreadable);
+    EXPECT_EQ(kindOf("dangling", 5), Error::Kind::unreadable);
+    EXPECT_EQ(kindOf("fifo", 5), Error::Kind::unreadable);
+    EXPECT_EQ(kindOf(".", 5), Error::Kind::unreadable);
+    EXPECT_EQ(kindOf("absent", 5), Error::Kind::absent);
+    const auto missing = read("absent", 5);
+    EXPECT_NE(missing.error().text().find(folder + "/absent"), std::string::npos);
   }
   fs::remove_all(folder);
+}
+
+TEST(OpenFolder, FindsFilesOfAFolderThatIsMadeLater) {
+  const TemporaryFolder temporary;
+  const std::string folder = temporary.path() + "/later";
+  const PosixFileManager files;
+  const auto open = files.openFolder(folder);
+  EXPECT_EQ(open->contentsOfFileItself("file", 5, "").error().kind, Error::Kind::absent);
+  fs::create_directory(folder);
+  std::ofstream(folder + "/file") << "12345";
+  EXPECT_EQ(*open->contentsOfFileItself("file", 5, ""), "12345");
 }
 
 }  // namespace

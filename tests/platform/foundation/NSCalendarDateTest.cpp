@@ -173,7 +173,7 @@ TEST(DateByAddingYears, KeepsTheWallClock) {
       {"UTC", utc(2026, 1, 1), std::numeric_limits<std::int64_t>::min(), kEarliestDate},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(describe(dateByAddingYears(row.date, row.years, NSTimeZone(row.zone))),
+    EXPECT_EQ(describe(NSCalendarDate(row.date, NSTimeZone(row.zone)).dateByAddingYears(row.years)),
               describe(row.result))
         << row.zone << " " << describe(row.date) << " + " << row.years;
   }
@@ -182,7 +182,8 @@ TEST(DateByAddingYears, KeepsTheWallClock) {
 TEST(DateByAddingYears, TakesTheFirstOfTwoReadings) {
   const NSTimeZone zone("Europe/Berlin");
   // 26 October 2025 02:30 comes twice; a year before it does not.
-  EXPECT_EQ(dateByAddingYears(utc(2024, 10, 26, 0, 30), 1, zone), utc(2025, 10, 26, 0, 30));
+  EXPECT_EQ(NSCalendarDate(utc(2024, 10, 26, 0, 30), zone).dateByAddingYears(1),
+            utc(2025, 10, 26, 0, 30));
 }
 
 TEST(WholeYears, CountsInTheSameArithmetic) {
@@ -218,7 +219,7 @@ TEST(WholeYears, CountsInTheSameArithmetic) {
       {"UTC", kEarliestDate, kLatestDate, 9998},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(wholeYears(row.from, row.to, NSTimeZone(row.zone)), row.years)
+    EXPECT_EQ(NSCalendarDate(row.from, NSTimeZone(row.zone)).wholeYearsTo(row.to), row.years)
         << row.zone << " " << describe(row.from) << " to " << describe(row.to);
   }
 }
@@ -237,8 +238,9 @@ TEST(WholeYears, IsTheLargestNumberThatFits) {
     for (int i = 0; i < 500; ++i) {
       const Date from = anyDate();
       const Date to = anyDate();
-      const std::int64_t n = wholeYears(from, to, zone);
-      const auto reached = [&](std::int64_t years) { return dateByAddingYears(from, years, zone); };
+      const NSCalendarDate start(from, zone);
+      const std::int64_t n = start.wholeYearsTo(to);
+      const auto reached = [&](std::int64_t years) { return start.dateByAddingYears(years); };
       if (from <= to) {
         EXPECT_TRUE(n >= 0 && reached(n) <= to && reached(n + 1) > to)
             << name << " " << describe(from) << " to " << describe(to) << ": " << n;
