@@ -45,6 +45,8 @@ class ZPKAddressBookDates {
   [[nodiscard]] ContactDates filterArrayByGroup();
   /// `filterArrayByLabels:`
   [[nodiscard]] ContactDates filterArrayByLabels(ContactDates records);
+  /// What the lists are chosen from.
+  [[nodiscard]] ZPKQueryAddressBook& addressBook() { return myMultiAddressBook; }
 
  private:
   [[nodiscard]] ContactDates filtered(const std::vector<ContactDateRecord>& all);

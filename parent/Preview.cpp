@@ -47,7 +47,8 @@ class NoLauncher final : public Launcher {
 /// Why contact dates yield no event, by the choices in force after the run.
 class Reasons {
  public:
-  explicit Reasons(Platform& platform) : platform_(platform), prefs_(platform), dates_(platform) {
+  Reasons(Platform& platform, ZPKAddressBookDates& dates)
+      : platform_(platform), prefs_(platform), dates_(dates) {
     birthdays_ = calendarProblem("birthCalUID", "birthdays");
     others_ = calendarProblem("aneeCalUID", "anniversaries and other dates");
   }
@@ -58,12 +59,15 @@ class Reasons {
         std::find(record.groups.begin(), record.groups.end(), group) == record.groups.end()) {
       return "the person is not in the chosen group";
     }
-    if (dates_.filterArrayByLabels({record}).empty()) return "its label is excluded";
+    if (!dates_.filterLabels().empty() && dates_.filterArrayByLabels({record}).empty()) {
+      return "its label is excluded";
+    }
     const std::string& problem = isBirthday ? birthdays_ : others_;
     if (!problem.empty()) return problem;
     if (!record.thisDate) return "the date is missing";
-    if (occurrences(*record.thisDate, platform_.clock().now(), platform_.defaultTimeZone())
-            .empty()) {
+    const Date now = platform_.clock().now();
+    if (*record.thisDate > now &&
+        occurrences(*record.thisDate, now, platform_.defaultTimeZone()).empty()) {
       return "the date lies too far in the future";
     }
     return "";
@@ -80,14 +84,14 @@ class Reasons {
 
   Platform& platform_;
   AnvCalPrefs prefs_;
-  ZPKAddressBookDates dates_;
+  ZPKAddressBookDates& dates_;
   std::string birthdays_, others_;
 };
 
-std::vector<LeftOut> datesLeftOut(Platform& platform) {
+std::vector<LeftOut> datesLeftOut(Platform& platform, ZPKAddressBookDates& dates) {
   std::vector<LeftOut> leftOut;
-  Reasons reasons(platform);
-  ZPKQueryAddressBook book(platform);
+  Reasons reasons(platform, dates);
+  ZPKQueryAddressBook& book = dates.addressBook();
   const auto examine = [&](const std::vector<ContactDateRecord>& records, bool birthdays) {
     for (const ContactDateRecord& record : records) {
       std::string why = reasons.of(record, birthdays);
@@ -121,6 +125,28 @@ bool isOn(Platform& platform) {
   return prefs.prefs()["appRunning"].isTheTrueObject();
 }
 
+/// The agent's controller, which at the end of its run is asked about the dates that it read.
+class PreviewedController final : public NSApplicationDelegate {
+ public:
+  PreviewedController(Platform& platform, Preview& preview)
+      : platform_(platform), preview_(preview), controller_(platform) {}
+
+  void awakeFromNib(NSWindow window) override { controller_.awakeFromNib(window); }
+  void applicationDidFinishLaunching() override { controller_.applicationDidFinishLaunching(); }
+  TerminateReply applicationShouldTerminate() override {
+    preview_.switchedOff = !isOn(platform_);
+    if (ZPKAddressBookDates* dates = controller_.dates(); dates && !preview_.switchedOff) {
+      preview_.leftOut = datesLeftOut(platform_, *dates);
+    }
+    return controller_.applicationShouldTerminate();
+  }
+
+ private:
+  Platform& platform_;
+  Preview& preview_;
+  myController controller_;
+};
+
 }  // namespace
 
 Preview previewRun(Session& session) {
@@ -141,16 +167,15 @@ Preview previewRun(Session& session) {
   // A run that is started now finds the parent just launched; a preview looks for no update.
   setLaunch(platform);
   platform.appPreferences().setAppValue("SUEnableAutomaticChecks", false, kParentDomain);
-  const int status =
-      platform.application().main(platform.mainBundle(), myController::delegateClass(platform));
+  DelegateClass agent = myController::delegateClass(platform);
+  agent.make = [&] { return std::make_unique<PreviewedController>(platform, preview); };
+  const int status = platform.application().main(platform.mainBundle(), agent);
   if (status != 0) {
     throw Refusal{"the agent cannot run" +
                   (lines.empty() ? std::string() : ": " + printable(lines.back()))};
   }
   preview.changes = eventChanges(real, real.fileManager(), files, files.changedFiles());
   preview.newCalendars = newCalendars(session, platform);
-  preview.switchedOff = !isOn(platform);
-  if (!preview.switchedOff) preview.leftOut = datesLeftOut(platform);
   return preview;
 }
 

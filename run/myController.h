@@ -54,6 +54,9 @@ class myController final : public NSApplicationDelegate, public SUUpdaterDelegat
   void updaterDidFindValidUpdate(const SUAppcastItem& item) override;
   void updaterDidNotFindUpdate() override { sparkleLoading = false; }
 
+  /// The dates of the pass; null before it.
+  [[nodiscard]] ZPKAddressBookDates* dates() const { return theDates.get(); }
+
  private:
   void log(const std::string& line);
 
