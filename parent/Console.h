@@ -42,8 +42,6 @@ struct Console {
 [[nodiscard]] std::string printable(std::string_view text);
 /// JSON with two spaces of indentation, ending in a line break; dates as "2026-11-20T18:46:00Z".
 [[nodiscard]] std::string jsonText(const PropertyList& value);
-/// The number of columns that UTF-8 text takes, one a character.
-[[nodiscard]] std::size_t columnsOf(std::string_view text);
 /// "1 person", "3 people".
 [[nodiscard]] std::string counted(std::size_t count, std::string_view one, std::string_view many);
 

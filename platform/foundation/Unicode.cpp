@@ -201,4 +201,13 @@ std::string repairedUTF8(std::string_view text) {
   return repaired;
 }
 
+std::size_t columnsOf(std::string_view text) {
+  if (isASCII(text)) return text.size();
+  std::size_t columns = 0;
+  for (const utf8proc_int32_t point : decoded(text)) {
+    columns += static_cast<std::size_t>(utf8proc_charwidth(point));
+  }
+  return columns;
+}
+
 }  // namespace annivo

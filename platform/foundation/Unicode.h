@@ -20,5 +20,7 @@ namespace annivo {
 [[nodiscard]] bool isValidUTF8(std::string_view text);
 /// `text` with every byte that is no part of valid UTF-8 replaced by U+FFFD.
 [[nodiscard]] std::string repairedUTF8(std::string_view text);
+/// How many columns a terminal gives the text: two for a wide character, none for a combining mark.
+[[nodiscard]] std::size_t columnsOf(std::string_view text);
 
 }  // namespace annivo

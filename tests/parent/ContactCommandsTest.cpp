@@ -82,6 +82,18 @@ TEST_F(ContactCommands, NamesCannotSteerATerminalOrAddALine) {
   EXPECT_NE(out.find("A\\x1b[31m B\\u009b2J"), std::string::npos) << out;
 }
 
+TEST_F(ContactCommands, PeopleAlignsNamesOfWideAndOfCombinedCharacters) {
+  world.import(vCard("FN:\u5C71\u7530\nBDAY:--0101\nUID:u1\n") +
+               vCard("FN:Zoe\u0308\nBDAY:--0102\nUID:u2\n") +
+               vCard("FN:Anna\nBDAY:--0103\nUID:u3\n"));
+  EXPECT_EQ(world.done({"people"}),
+            "NAME  DATES             UID\n"
+            "\u5C71\u7530  --01-01 birthday  u1:ABPerson\n"
+            "Zoe\u0308   --01-02 birthday  u2:ABPerson\n"
+            "Anna  --01-03 birthday  u3:ABPerson\n"
+            "3 people, 3 dates.\n");
+}
+
 TEST_F(ContactCommands, GroupsCountsPeopleWithDates) {
   importAll();
   const std::string out = world.done({"groups"});

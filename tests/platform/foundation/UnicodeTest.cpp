@@ -95,6 +95,12 @@ TEST(UTF8, IsValidOnlyInItsShortestFormsWithoutSurrogates) {
   }
 }
 
+TEST(Columns, AreThoseOfATerminal) {
+  const std::pair<const char*, std::size_t> rows[] = {
+      {"", 0}, {"Ann", 3}, {"J\u00F6rg", 4}, {"Zoe\u0308", 3}, {"\u5C71\u7530", 4}, {"\xFF", 1}};
+  for (const auto& [text, columns] : rows) EXPECT_EQ(columnsOf(text), columns) << text;
+}
+
 TEST(UUID, IsFreshAndOfTheFourthVersion) {
   std::set<std::string> seen;
   for (int i = 0; i < 1000; ++i) {
