@@ -41,6 +41,25 @@ TEST_F(UpdateCheck, LeavesAStoredLastUpdateUntouchedWhenHandingOver) {
   EXPECT_EQ(*home.own().at("lastUpdate").date(), last);
 }
 
+TEST_F(UpdateCheck, HandsOverForAnUpdateThatFitsThisSystem) {
+  feed("/version/9?minimumSystemVersion=10.7.5&maximumSystemVersion=10.7.5");
+  EXPECT_EQ(run().log.back(), "Opening Annivo to receive update.");
+  EXPECT_NE(product.waitForParent(), "");
+}
+
+TEST_F(UpdateCheck, GoesOnWithTheRunForAVersionThatThePersonSkipped) {
+  prefer({{"SUSkippedVersion", "2.0.1"}});
+  expectAFullRun(run());
+  EXPECT_EQ(server.requests().size(), 1u);
+}
+
+TEST_F(UpdateCheck, AsksTheFeedOnceInAnInterval) {
+  feed("/none");
+  expectAFullRun(run());
+  EXPECT_TRUE(run().logged("Annivo ending - nothing to update"));
+  EXPECT_EQ(server.requests().size(), 1u);
+}
+
 TEST_F(UpdateCheck, HandsOverBeforeASwitchedOffAgentEmptiesItsCalendars) {
   prefer({{"appRunning", false}});
   EXPECT_EQ(run().log.back(), "Opening Annivo to receive update.");
@@ -122,8 +141,12 @@ TEST_P(UpdateCheckWithout, AnUpdateGoesOnWithTheRun) {
 INSTANTIATE_TEST_SUITE_P(
     Feeds, UpdateCheckWithout,
     testing::Values(Feed{"Equal", "/version/2.0.0", false}, Feed{"Older", "/version/1.9", false},
-                    Feed{"None", "/none", false}, Feed{"Broken", "/broken", true},
-                    Feed{"Empty", "/empty", true}, Feed{"FiftyMegabytes", "/size/50000000", true},
+                    Feed{"None", "/none", false},
+                    Feed{"ForANewerSystem", "/version/9?minimumSystemVersion=10.7.6", false},
+                    Feed{"ForAnOlderSystem", "/version/9?maximumSystemVersion=10.7.4", false},
+                    Feed{"OfAnotherChannel", "/version/9?channel=beta", false},
+                    Feed{"Broken", "/broken", true}, Feed{"Empty", "/empty", true},
+                    Feed{"FiftyMegabytes", "/size/50000000", true},
                     Feed{"FiftyMegabytesInChunks", "/chunks/50000000", true},
                     Feed{"Endless", "/endless", true}, Feed{"RedirectLoop", "/loop", true},
                     Feed{"CutShort", "/short", true}, Feed{"NotFound", "/status/404", true},

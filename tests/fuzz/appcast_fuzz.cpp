@@ -23,6 +23,12 @@ void checkOrder(std::string_view a, std::string_view b) {
   require((compareVersions(a, b) == 0) == (compareVersions(b, a) == 0));
 }
 
+void checkTransitivity(std::string_view a, std::string_view b, std::string_view c) {
+  if (compareVersions(a, b) > 0 || compareVersions(b, c) > 0) return;
+  require(compareVersions(a, c) <= 0);
+  require(compareVersions(a, c) != 0 || compareVersions(a, b) == 0);
+}
+
 void checkFeed(std::string_view bytes) {
   const auto items = parseAppcast(bytes);
   if (!items) return;
@@ -50,5 +56,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
   annivo::checkFeed(bytes);
   annivo::checkOrder(bytes.substr(0, size / 2), bytes.substr(size / 2));
+  const std::size_t third = size / 3;
+  annivo::checkTransitivity(bytes.substr(0, third), bytes.substr(third, third),
+                            bytes.substr(2 * third));
   return 0;
 }

@@ -45,7 +45,13 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"IntervalOfExactly32BitsIsZero", 4294967296, 0.0, true},
         Row{"IntervalBeyond32BitsKeepsItsLowBits", 4294967296 + 604800, 604799.0, false},
         Row{"IntervalBeyond32BitsReached", 4294967296 + 604800, 604800.0, true},
-        Row{"IntervalThatTurnsNegativeIn32Bits", 2147483648, 0.0, true}),
+        Row{"IntervalThatTurnsNegativeIn32Bits", 2147483648, 0.0, true},
+        Row{"LargestIntervalOf64BitsIsMinusOne", std::numeric_limits<std::int64_t>::max(), -1.0,
+            true},
+        Row{"LargestIntervalOf64BitsLastCheckInTheFuture", std::numeric_limits<std::int64_t>::max(),
+            -2.0, false},
+        Row{"SmallestIntervalOf64BitsIsZero", std::numeric_limits<std::int64_t>::min(), 0.0, true},
+        Row{"ElapsedBeyond32BitsIsHeld", 2147483647, 2147483648.0, true}),
     [](const auto& row) { return row.param.name; });
 
 }  // namespace

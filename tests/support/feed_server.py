@@ -18,7 +18,8 @@ FEED = (
     '<?xml version="1.0" encoding="utf-8"?>\n<rss version="2.0" xmlns:sparkle="' + NAMESPACE + '">'
     "<channel><title>Changes</title>%s</channel></rss>\n"
 )
-ITEM = '<item><enclosure url="https://host.example/Annivo.zip" sparkle:version="%s"/></item>'
+ITEM = ('<item><enclosure url="https://host.example/Annivo.zip" sparkle:version="%s"/>'
+        '<!-- more --></item>')
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -53,8 +54,11 @@ class Handler(http.server.BaseHTTPRequestHandler):
     def chunk(self, data):
         self.wfile.write(b"%x\r\n%s\r\n" % (len(data), data))
 
-    def serve_version(self, version, _):
-        self.answer((FEED % (ITEM % version)).encode())
+    def serve_version(self, version, query):
+        """A feed of one item; the query gives it more elements, by their names."""
+        more = "".join(f"<sparkle:{name}>{values[0]}</sparkle:{name}>"
+                       for name, values in query.items())
+        self.answer((FEED % (ITEM % version)).replace("<!-- more -->", more).encode())
 
     def serve_none(self, *_):
         self.answer((FEED % "").encode())
@@ -108,7 +112,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def serve_hops(self, count, _):
         if int(count) == 0:
-            return self.serve_version("99", None)
+            return self.serve_version("99", {})
         return self.answer(b"away", 301, [("Location", "/hops/%d" % (int(count) - 1))])
 
     def serve_redirect(self, _, query):
