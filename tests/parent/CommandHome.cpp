@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "parent/CommandLine.h"
+#include "run/myController.h"
 
 namespace annivo {
 
@@ -62,6 +63,14 @@ void CommandHome::import(const std::string& cards, const std::vector<std::string
   std::vector<std::string> words{"import", home.path("cards.vcf")};
   words.insert(words.end(), more.begin(), more.end());
   (void)done(words);
+}
+
+void CommandHome::runAgent() {
+  Platform& platform = home.platform();
+  markLaunch(platform);
+  EXPECT_EQ(
+      platform.application().main(platform.mainBundle(), myController::delegateClass(platform)), 0);
+  home.endRun();
 }
 
 PropertyList CommandHome::stored(const std::string& key) const {

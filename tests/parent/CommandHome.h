@@ -32,6 +32,8 @@ class CommandHome {
 
   /// Writes a vCard file into the home and imports it.
   void import(const std::string& cards, const std::vector<std::string>& more = {});
+  /// A run of the agent, inside the test.
+  void runAgent();
   /// One key of the parent's preferences as it is on disk; nil when it is not there.
   [[nodiscard]] PropertyList stored(const std::string& key) const;
   /// The UID of a new calendar.

@@ -118,12 +118,53 @@ TEST_F(Program, LeavesThePersonsOwnEventsAlone) {
   EXPECT_EQ(eventFiles(home.folder), 1U);
 }
 
+TEST_F(Program, WritesJSONThatAnotherReaderTakes) {
+  home.folder.writeFile("odd.vcf",
+                        vCard("FN:\xC2\x9B A \\\"\\n\x01 \\\\ \xF0\x9F\x8E\x82\nBDAY:--0610\n"
+                              "CATEGORIES:\x7F,\"B\"\nUID:u\\\\1\n"));
+  (void)home.done({"import", home.folder.path("odd.vcf"), "--json"});
+  chooseCalendar();
+  for (const std::vector<std::string>& words :
+       std::vector<std::vector<std::string>>{{"people"},
+                                             {"groups"},
+                                             {"labels"},
+                                             {"calendars"},
+                                             {"settings"},
+                                             {"settings", "sound"},
+                                             {"alarms"},
+                                             {"preview"},
+                                             {"run"},
+                                             {"list"},
+                                             {"status"},
+                                             {"service", "--print"},
+                                             {"off"}}) {
+    std::vector<std::string> all = words;
+    all.emplace_back("--json");
+    const CommandOutcome outcome = home.inPipe(all);
+    EXPECT_EQ(outcome.status, 0) << words.front() << outcome.err;
+    home.folder.writeFile("out", outcome.out);
+    const std::string reader = "python3 -m json.tool " + home.folder.path("out") + " > /dev/null";
+    EXPECT_EQ(std::system(reader.c_str()), 0) << words.front() << '\n' << outcome.out;
+  }
+}
+
 TEST_F(Program, WritesColoursOnATerminalOnly) {
   importAll();
   EXPECT_NE(home.onTerminal({"people"}).out.find("\x1b[1m"), std::string::npos);
   EXPECT_EQ(home.inPipe({"people"}).out.find('\x1b'), std::string::npos);
   home.environment["NO_COLOR"] = "1";
   EXPECT_EQ(home.onTerminal({"people"}).out.find('\x1b'), std::string::npos);
+  home.environment = {{"NO_COLOR", ""}};
+  EXPECT_NE(home.onTerminal({"people"}).out.find('\x1b'), std::string::npos);
+  home.environment = {{"TERM", "dumb"}};
+  EXPECT_EQ(home.onTerminal({"people"}).out.find('\x1b'), std::string::npos);
+}
+
+TEST_F(Program, NamesAWordThatIsNoCommand) {
+  const CommandOutcome outcome = home.inPipe({"frobnicate"});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err,
+            "annivo: there is no command \"frobnicate\" (\"annivo --help\" says more)\n");
 }
 
 TEST_F(Program, ShowsNoProgressForQuickWorkOnATerminal) {

@@ -54,6 +54,19 @@ TEST_F(RunCommands, PreviewSaysWhyEachDateYieldsNothing) {
             std::string::npos);
 }
 
+TEST_F(RunCommands, PreviewOfASwitchedOffAgentTakesTheEventsOut) {
+  importAll();
+  (void)world.done({"calendars", "create", "Dates", "--for", "both"});
+  world.runAgent();
+  (void)world.done({"settings", "agent", "off"});
+  const CommandOutcome outcome = world.run({"preview"});
+  EXPECT_EQ(outcome.err,
+            "The agent is off: a run only takes its events out (\"annivo on\" switches it on).\n");
+  EXPECT_NE(outcome.out.find("To remove (12)\n"), std::string::npos) << outcome.out;
+  EXPECT_EQ(outcome.out.find("Left out"), std::string::npos) << outcome.out;
+  EXPECT_NE(world.done({"preview", "--json"}).find("\"switchedOff\": true"), std::string::npos);
+}
+
 TEST_F(RunCommands, PreviewOfAMissingCalendarSaysThatItIsCreated) {
   importAll();
   world.home.parentPreferences({{"birthCalUID", "GONE"}, {"birthCalTitle", "New one"}});
@@ -72,6 +85,42 @@ TEST_F(RunCommands, PreviewAsJSONHoldsTheThreeListsAndWhatIsLeftOut) {
 }
 
 // list
+
+TEST_F(RunCommands, ListShowsTheEventsOfTheDaysAskedFor) {
+  importAll();
+  (void)world.done({"calendars", "create", "Dates", "--for", "both"});
+  (void)world.done({"alarms", "add", "sound", "--for", "birthdays"});
+  world.runAgent();
+  EXPECT_EQ(world.done({"list"}),
+            "DATE        EVENT                        CALENDAR  ALARMS\n"
+            "2027-01-02  Carl Day: 17th First met     Dates     message 2 days before at 08:00\n"
+            "2027-02-28  Bob Jones: birthday          Dates     message 2 days before at 08:00; "
+            "sound on the day at 08:00\n"
+            "2027-06-10  Ann Smith: 47th birthday     Dates     message 2 days before at 08:00; "
+            "sound on the day at 08:00\n"
+            "2027-09-17  Ann Smith: 22nd anniversary  Dates     message 2 days before at 08:00\n"
+            "4 events.\n");
+  const auto count = [&](const char* from, const char* days) {
+    return world.done({"list", "--json", "--from", from, "--days", days}) == "[]\n" ? 0 : 1;
+  };
+  EXPECT_EQ(count("2027-06-10", "1"), 1);
+  EXPECT_EQ(count("2027-06-09", "1"), 0);
+  EXPECT_EQ(count("2027-06-11", "1"), 0);
+  EXPECT_EQ(count("2027-06-09", "2"), 1);
+}
+
+TEST_F(RunCommands, ListAsJSON) {
+  world.import(vCard("FN:Ann \\\"A\\\"\nBDAY:--0610\nUID:u1\n"));
+  (void)world.done({"calendars", "create", "Dates", "--for", "both"});
+  world.runAgent();
+  const std::string list = world.done({"list", "--json"});
+  EXPECT_TRUE(
+      list.starts_with("[\n  {\n    \"alarms\": [\n"
+                       "      \"message 2 days before at 08:00\"\n    ],\n"
+                       "    \"calendar\": \"Dates\",\n    \"date\": \"2027-06-10\",\n"
+                       "    \"title\": "))
+      << list;
+}
 
 TEST_F(RunCommands, ListRefusesWhatIsNoDay) {
   for (const char* day : {"tomorrow", "2026-02-30", "2026-6", "2026-06-10x"}) {
