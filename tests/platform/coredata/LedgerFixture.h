@@ -10,9 +10,19 @@
 #include "platform/coredata/XMLStore.h"
 #include "tests/support/Doubles.h"
 #include "tests/support/FailingFileManager.h"
+#include "tests/support/ForwardingFileManager.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace annivo {
+
+/// The disk without the waiting for it, of which thousands of saves would make minutes.
+class UnsyncedFileManager final : public ForwardingFileManager {
+ public:
+  using ForwardingFileManager::ForwardingFileManager;
+  Result<void> writeDurably(const std::string& path, std::string_view bytes) override {
+    return inner_.writeAtomically(path, bytes);
+  }
+};
 
 /// An XML store over the ledger's model in a folder of its own.
 class LedgerFixture {
@@ -87,7 +97,8 @@ class LedgerFixture {
   static constexpr Date kDay = kReferenceDate + std::chrono::hours{24 * 9000};
   TemporaryFolder folder;
   PosixFileManager disk;
-  FailingFileManager files{disk};
+  UnsyncedFileManager unsynced{disk};
+  FailingFileManager files{unsynced};
   ManualClock clock{utc(2026, 11, 20, 18, 46)};
   std::unique_ptr<NSManagedObjectModel> model;
 };
