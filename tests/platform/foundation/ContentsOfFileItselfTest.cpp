@@ -49,6 +49,12 @@ TEST(ContentsOfFileItself, ReadsRegularFilesAndNoLinks) {
     const auto contents = read("file", 5);
     ASSERT_TRUE(contents);
     EXPECT_EQ(*contents, "12345");
+    for (const std::size_t size : {0, 2047, 2048, 2049, 100000}) {
+      std::ofstream(folder + "/sized") << std::string(size, 'x');
+      EXPECT_EQ(*read("sized", size), std::string(size, 'x'));
+      if (size == 0) continue;
+      EXPECT_EQ(kindOf("sized", size - 1), Error::Kind::unreadable);
+    }
     EXPECT_EQ(kindOf("file", 4), Error::Kind::unreadable);
     EXPECT_EQ(kindOf("link", 5), Error::Kind::unreadable);
     EXPECT_EQ(kindOf("dangling", 5), Error::Kind::unreadable);
