@@ -51,8 +51,10 @@ VirtualDisplay::VirtualDisplay() {
     ::dup2(nowhere, 2);
     ::close(number[0]);
     const std::string descriptor = std::to_string(number[1]);
+    // Without -noreset it starts over whenever its last client leaves, and turns away who comes
+    // then.
     ::execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "800x600x24",
-             "-nolisten", "tcp", static_cast<char*>(nullptr));
+             "-noreset", "-nolisten", "tcp", static_cast<char*>(nullptr));
     ::_exit(127);
   }
   ::close(number[1]);
