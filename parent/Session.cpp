@@ -40,7 +40,8 @@ void storeChoices(Session& session, const PropertyList::Dictionary& choices) {
 void setLaunch(Platform& platform) {
   Date launch = platform.clock().now();
   const PropertyList& lastUpdate = platform.standardUserDefaults().objectForKey("lastUpdate");
-  if (lastUpdate.date()) launch = std::max(launch, *lastUpdate.date() + std::chrono::seconds(1));
+  if (lastUpdate.date())
+    launch = std::max(launch, *lastUpdate.date() + std::chrono::milliseconds(1));
   platform.appPreferences().setAppValue("lastLaunched", launch, kParentDomain);
 }
 

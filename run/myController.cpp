@@ -95,9 +95,9 @@ void myController::pass() {
 }
 
 void myController::sendCalendarTypeWithFormat(const std::string& type,
-                                              std::vector<std::string> titleFormat) {
+                                              const std::vector<std::string>& titleFormat) {
   {
-    ZPKAnvCCalendarItemsFormat formatter(platform_, *myCalendarItems, std::move(titleFormat));
+    ZPKAnvCCalendarItemsFormat formatter(platform_, *myCalendarItems, titleFormat);
     formatter.setAlarmsWithDataForType(appPrefs->prefs(), type);
     const auto& records =
         type == "anni" ? theDates->addressBookCustomDates() : theDates->addressBookBirthDates();
