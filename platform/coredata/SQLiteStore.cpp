@@ -131,8 +131,8 @@ Result<void> SQLiteStore::loadEntity(const NSEntityDescription& entity) {
   SQLiteBatch& batch = batches_.emplace_back();
   batch.table = schema_.tableOf(entity);
   batch.kinds = std::move(kinds);
-  if (const auto read = readBatch(batch, database_, schema_, zone_, notes_); !read) return read;
-  if (const auto loaded = loadDestinations(batch); !loaded) return loaded;
+  if (auto read = readBatch(batch, database_, schema_, zone_, notes_); !read) return read;
+  if (auto loaded = loadDestinations(batch); !loaded) return loaded;
   resolveToOnes(batch);
   return readToManys(batch);
 }
@@ -140,7 +140,7 @@ Result<void> SQLiteStore::loadEntity(const NSEntityDescription& entity) {
 Result<void> SQLiteStore::loadDestinations(const SQLiteBatch& batch) {
   for (const auto& kind : batch.kinds) {
     for (const auto& relationship : kind.entity->relationships) {
-      const auto loaded = loadEntity(*model_.entityForName(relationship.destination));
+      auto loaded = loadEntity(*model_.entityForName(relationship.destination));
       if (!loaded) return loaded;
     }
   }
