@@ -35,8 +35,9 @@ void ZPKCalendarItems::addAlarm(const Alarm& alarm) {
   alarmArray_.push_back(std::move(added));
 }
 
-std::string ZPKCalendarItems::thisCalendarUID() const {
-  return thisCalendar_ ? thisCalendar_->uid() : "";
+const std::string& ZPKCalendarItems::thisCalendarUID() const {
+  static const std::string kNone;
+  return thisCalendar_ ? thisCalendar_->uid() : kNone;
 }
 
 NSManagedObject& ZPKCalendarItems::insertRecord(const LedgerIdentity& identity,
@@ -63,27 +64,27 @@ std::optional<std::vector<NSManagedObject*>> ZPKCalendarItems::recordsOf(const s
 
 std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::string& uid,
                                                                   Date date) {
-  auto blank = CalEvent::event();
-  const std::string calendarUID = thisCalendarUID();
   const auto records = recordsOf(uid, date);
   if (!records) {
     // Without a ledger only the calendars can tell that the event is there already.
-    auto known = myStore.eventWithLedgerIdentity({uid, calendarUID, date});
-    return known ? known : blank;
+    auto known = myStore.eventWithLedgerIdentity({uid, thisCalendarUID(), date});
+    return known ? known : CalEvent::event();
   }
   if (records->empty()) {
     logOptionally(platform_, "Event not found");
-    insertRecord({uid, calendarUID, date}, blank->uid());
+    auto blank = CalEvent::event();
+    insertRecord({uid, thisCalendarUID(), date}, blank->uid());
     return blank;
   }
   NSManagedObject& record = *records->front();
   const auto* eventUID = record.valueForKey("iCalUID").string();
-  if (!eventUID) return blank;
+  if (!eventUID) return CalEvent::event();
   if (auto event = myStore.eventWithUID(*eventUID)) {
     logOptionally(platform_, "Event already in");
     return event;
   }
   logOptionally(platform_, "Event not in calendar");
+  auto blank = CalEvent::event();
   moc->setValueForKey(record, blank->uid(), "iCalUID");
   return blank;
 }

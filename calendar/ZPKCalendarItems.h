@@ -94,7 +94,7 @@ class ZPKCalendarItems {
   /// Reads the ledger at the first call; where it is damaged or gone, rebuilds it from the
   /// calendars.
   core_data_for_dates_AppDelegate::Ledger ledger();
-  [[nodiscard]] std::string thisCalendarUID() const;
+  [[nodiscard]] const std::string& thisCalendarUID() const;
   NSManagedObject& insertRecord(const LedgerIdentity& identity, const std::string& eventUID);
   /// The records of an occurrence in the current target.
   std::optional<std::vector<NSManagedObject*>> recordsOf(const std::string& uid, Date date);

@@ -46,7 +46,9 @@ std::vector<ZPKCalendarItems::BasicEvent> ZPKAnvCCalendarItemsFormat::eventsForO
   const std::string base = baseTitle(mainTitleString, record, yearText(*record.thisDate, zone),
                                      platform_.localizedString(record.dateType, ""));
   const auto& language = platform_.preferredLanguages().front();
-  for (const auto& [age, date] : occurrences(*record.thisDate, now, zone)) {
+  const auto all = occurrences(*record.thisDate, now, zone);
+  events.reserve(all.size());
+  for (const auto& [age, date] : all) {
     events.push_back({.title = titleForAge(base, age, language),
                       .withStartDate = date,
                       .endDate = date,

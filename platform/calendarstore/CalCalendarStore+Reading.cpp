@@ -13,11 +13,12 @@ constexpr std::string_view kSuffix = ".ics";
 }  // namespace
 
 std::shared_ptr<CalEvent> CalCalendarStore::eventWithUID(const std::string& uid) {
-  if (const auto name = pathComponent(uid, "event identifier"); !name) {
+  auto name = pathComponent(uid, "event identifier");
+  if (!name) {
     log_.write(name.error().text() + " \"" + uid + "\"");
     return nullptr;
   }
-  const std::string file = uid + std::string(kSuffix);
+  const std::string file = std::move(*name).append(kSuffix);
   Folders& all = folders();
   const std::size_t count = all.calendars.size();
   for (std::size_t i = 0; i < count; ++i) {
@@ -71,7 +72,7 @@ std::shared_ptr<CalEvent> CalCalendarStore::eventInFile(
   for (const auto& event : *events) {
     if (event->uid_ != uid) continue;
     event->calendar_ = calendar;
-    event->path_ = eventsFolder(*calendar) + "/" + name;
+    event->path_ = eventsFolder(*calendar).append("/").append(name);
     return event;
   }
   return nullptr;

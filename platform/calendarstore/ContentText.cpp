@@ -131,7 +131,10 @@ std::string unescapedText(std::string_view value) {
   out.reserve(value.size());
   for (std::size_t i = 0; i < value.size();) {
     const std::size_t escape = std::min(value.find('\\', i), value.size() - 1);
-    if (value[escape] != '\\' || escape + 1 == value.size()) return out.append(value.substr(i));
+    if (value[escape] != '\\' || escape + 1 == value.size()) {
+      out.append(value.substr(i));
+      break;
+    }
     const char c = value[escape + 1];
     out.append(value, i, escape - i) += c == 'n' || c == 'N' ? '\n' : c;
     i = escape + 2;

@@ -320,6 +320,7 @@ bool NSPredicate::evaluate(const Lookup& valueForKey) const {
 
 std::optional<std::vector<NSPredicate::Comparison>> NSPredicate::conjunction() const {
   std::vector<Comparison> comparisons;
+  comparisons.reserve(4);
   if (!collect(*root_, arguments_, comparisons)) return std::nullopt;
   return comparisons;
 }
