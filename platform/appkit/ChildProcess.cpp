@@ -16,7 +16,7 @@ namespace annivo {
 
 namespace {
 
-constexpr std::size_t kCaptured = 64 * 1024;
+constexpr std::size_t kCaptured = std::size_t{64} * 1024;
 
 /// An open descriptor, closed when it goes.
 class Descriptor {

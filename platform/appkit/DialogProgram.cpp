@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/appkit/DialogProgram.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace annivo {
@@ -75,7 +77,9 @@ std::vector<std::string> kdialogArguments(const NSAlert& alert) {
   std::vector<std::string> arguments{"--title=" + titleOf(alert),
                                      kKinds[buttons.size() - 1] + kdialogText(textOf(alert))};
   // A message box has a button of its own, for which there is no option.
-  for (std::size_t i = 0; buttons.size() > 1 && i < buttons.size(); ++i) {
+  const std::size_t labelled =
+      buttons.size() > 1 ? std::min(buttons.size(), std::size(kLabels)) : 0;
+  for (std::size_t i = 0; i < labelled; ++i) {
     arguments.push_back(kLabels[i] + kdialogButton(buttons[i].title));
   }
   return arguments;

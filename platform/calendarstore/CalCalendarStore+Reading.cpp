@@ -40,7 +40,7 @@ Result<std::string> CalCalendarStore::contentsInFolder(CalCalendar& calendar,
                                                        const std::string& name) const {
   if (!calendar.events_) calendar.events_ = files_.openFolder(eventsFolder(calendar));
   auto contents =
-      calendar.events_->contentsOfFileItself(name, EventFile::kLimit, std::move(memory_));
+      calendar.events_->contentsOfFileItself(name, EventFile::kLimit, std::exchange(memory_, {}));
   if (contents || contents.error().kind != Error::Kind::absent) return contents;
   return files_.contentsOfFileItself(eventsFolder(calendar) + "/" + name, EventFile::kLimit);
 }

@@ -80,7 +80,7 @@ std::shared_ptr<CalEvent> EventFile::Reader::end() {
   if (isException_ || event_->uid_.empty()) return nullptr;
   finishDates();
   event_->keptAlarms_ = event_->alarms_.size();
-  return std::move(event_);
+  return event_;
 }
 
 void EventFile::Reader::finishDates() {

@@ -117,7 +117,7 @@ Manner mannerFor(const std::string& path) {
 }
 
 std::string uriFor(const std::string& path, Manner manner) {
-  const std::string uri = "file:" + uriPath(path) + "?mode=ro";
+  std::string uri = "file:" + uriPath(path) + "?mode=ro";
   switch (manner) {
     case Manner::locked:
       return uri + "&readonly_shm=1";
@@ -228,7 +228,7 @@ Result<SQLiteDatabase> SQLiteDatabase::openForReading(const std::string& path) {
 // Opening has read nothing yet; this reads the first page, and so finds most that can be wrong. A
 // last page that is cut short SQLite itself would fill up with zeros, unless a WAL holds it whole.
 Result<void> SQLiteDatabase::checkWhole(const std::string& file) const {
-  if (const auto begun = execute("BEGIN; PRAGMA schema_version"); !begun) return begun;
+  if (auto begun = execute("BEGIN; PRAGMA schema_version"); !begun) return begun;
   auto statement = prepare("PRAGMA page_size");
   if (!statement) return statement.error();
   if (const auto stepped = statement->step(); !stepped) return stepped.error();

@@ -16,8 +16,8 @@ const PropertyList& NSUserDefaults::objectForKey(const std::string& key) const {
   return found == registered_.end() ? kNil : found->second;
 }
 
-void NSUserDefaults::registerDefaults(PropertyList::Dictionary values) {
-  for (auto& [key, value] : values) registered_.insert_or_assign(key, std::move(value));
+void NSUserDefaults::registerDefaults(const PropertyList::Dictionary& values) {
+  for (const auto& [key, value] : values) registered_.insert_or_assign(key, value);
 }
 
 void NSUserDefaults::setObjectForKey(PropertyList value, const std::string& key) {

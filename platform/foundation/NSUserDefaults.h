@@ -68,7 +68,7 @@ class NSUserDefaults {
   /// The value, or nil.
   [[nodiscard]] const PropertyList& objectForKey(const std::string& key) const;
   /// Fallback values, never stored.
-  void registerDefaults(PropertyList::Dictionary values);
+  void registerDefaults(const PropertyList::Dictionary& values);
   void setObjectForKey(PropertyList value, const std::string& key);
   Result<void> synchronize();
   /// Only what that domain itself stores.
