@@ -127,6 +127,7 @@ Result<std::vector<DirectoryEntry>> OverlayFileManager::contentsOfDirectory(
     }
   }
   std::vector<DirectoryEntry> result;
+  result.reserve(merged.size());
   for (const auto& [name, type] : merged) result.push_back({name, type});
   return result;
 }
