@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -65,8 +66,8 @@ std::string base64Decoded(std::string_view text) {
 
 Result<std::string> convertedToUTF8(std::string_view bytes, const std::string& charset) {
   const auto close = [](void* converter) { iconv_close(converter); };
-  const iconv_t opened = iconv_open("UTF-8", charset.c_str());
-  if (opened == reinterpret_cast<iconv_t>(-1)) {
+  iconv_t opened = iconv_open("UTF-8", charset.c_str());
+  if (reinterpret_cast<std::intptr_t>(opened) == -1) {
     return reason("its charset \"" + charset + "\" is unknown");
   }
   const std::unique_ptr<void, decltype(close)> converter(opened, close);
