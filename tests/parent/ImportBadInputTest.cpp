@@ -67,7 +67,7 @@ TEST_F(ImportBadInput, OfNamesThatAreNotValidUTF8) {
 }
 
 TEST_F(ImportBadInput, OfAnotherKindOfFile) {
-  EXPECT_EQ(refused(write("\x89PNG\r\n\x1A\n\0\0\0")), "");
+  EXPECT_EQ(refused(write(std::string("\x89PNG\r\n\x1A\n\0\0\0", 11))), "");
   EXPECT_EQ(refused(write("First name,Birthday\nAnn,1980-06-10\n")), "");
   EXPECT_EQ(refused(write("BEGIN:VCALENDAR\nBEGIN:VEVENT\nEND:VEVENT\nEND:VCALENDAR\n")), "");
 }

@@ -7,6 +7,7 @@
 
 #include "platform/calendarstore/EventFile.h"
 #include "tests/platform/calendarstore/CalendarHome.h"
+#include "tests/support/TimeLimit.h"
 
 namespace annivo {
 namespace {
@@ -79,12 +80,11 @@ TEST_F(CalCalendarStoreBadInput, DeepNestingOfAllThatFitsIsReadWithinASecond) {
   for (int i = 0; i < 50'000; ++i) lines += "BEGIN:X\n";
   for (int i = 0; i < 50'000; ++i) lines += "END:X\n";
   CalendarHome::write(folder + "U.ics", eventText("U", "SUMMARY:a\n" + lines, "\n"));
-  const auto start = std::chrono::steady_clock::now();
+  const TimeLimit limit;
   const auto event = home.store().eventWithUID("U");
   ASSERT_TRUE(event);
   event->setTitle("b");
   EXPECT_TRUE(home.store().saveEvent(*event, CalSpan::thisEvent));
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds{1});
 }
 
 TEST_F(CalCalendarStoreBadInput, EntriesThatAreNoRegularFileAreNamedAndPassedOver) {
@@ -97,12 +97,11 @@ TEST_F(CalCalendarStoreBadInput, EntriesThatAreNoRegularFileAreNamedAndPassedOve
   fs::create_symlink("/dev/zero", folder + "ENDLESS.ics");
   ASSERT_EQ(::mkfifo((folder + "FIFO.ics").c_str(), 0600), 0);
   CalendarHome::write(folder + "GOOD.ics", eventText("GOOD", "SUMMARY:good\r\n"));
-  const auto start = std::chrono::steady_clock::now();
+  const TimeLimit limit;
   for (const char* uid : {"FOLDER", "DANGLING", "LINK", "ENDLESS", "FIFO"}) expectNotFound(uid);
   EXPECT_TRUE(home.store().eventsWithLedgerIdentity().empty());
   EXPECT_TRUE(home.store().eventWithUID("GOOD"));
   home.store().removeRemains(CalCalendarStore::Remains::damagedEvents);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds{1});
   EXPECT_EQ(CalendarHome::read(outside), text);
   EXPECT_TRUE(fs::is_symlink(folder + "LINK.ics"));
 }
