@@ -66,6 +66,8 @@ void checkUnfolding(std::string_view text) {
   icalparser* parser = icalparser_new();
   Rest rest{folded};
   icalparser_set_gen_data(parser, &rest);
+  // Its first answer is the line before the first one.
+  icalmemory_free_buffer(icalparser_get_line(parser, nextPhysicalLine));
   annivo::ContentLines lines(folded);
   annivo::ContentLine line;
   while (lines.next(line)) {
