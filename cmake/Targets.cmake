@@ -29,6 +29,11 @@ annivo_module(annivo_coredata platform/coredata annivo_foundation)
 annivo_uses(annivo_coredata annivo_sqlite annivo_pugixml)
 annivo_module(annivo_addressbook platform/addressbook annivo_coredata annivo_foundation)
 annivo_module(annivo_calendarstore platform/calendarstore annivo_foundation)
+if(ANNIVO_SANITIZE)
+  # What reads whole ledgers and event files keeps its time limits under the sanitizers too.
+  target_compile_options(annivo_coredata PRIVATE -O1)
+  target_compile_options(annivo_calendarstore PRIVATE -O1)
+endif()
 annivo_module(annivo_sparkle platform/sparkle annivo_foundation ${CMAKE_DL_LIBS})
 annivo_module(annivo_platform platform annivo_appkit annivo_addressbook annivo_calendarstore
   annivo_sparkle annivo_coredata annivo_foundation)

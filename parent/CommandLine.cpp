@@ -217,7 +217,8 @@ CommandLine::Outcome CommandLine::parse(const std::vector<std::string>& words, s
 bool CommandLine::json() const { return state_->json; }
 
 void CommandLine::run(Session& session) const {
-  state_->actions.at (&commandOf(state_->app))(session);
+  const Action& action = state_->actions.at(&commandOf(state_->app));
+  action(session);
 }
 
 std::vector<std::string> CommandLine::State::valuesFor(

@@ -124,7 +124,7 @@ TEST_F(Import, WritesTheSourceAgainWhenItsStoreIsGone) {
 
 TEST_F(Import, ReadsASyncedFolderWithItsSubfolders) {
   home.writeFile("vdir/home/b.vcf", kBob);
-  home.writeFile("vdir/work/a.VCF", kAnn);
+  home.writeFile("vdir/office/a.VCF", kAnn);
   home.writeFile("vdir/.hidden.vcf", vCard("FN:Hidden\n"));
   home.writeFile("vdir/displayname", "Contacts");
   home.writeFile("vdir/home/b.vcf.tmp", vCard("FN:Unfinished\n"));
