@@ -11,6 +11,10 @@
 
 namespace annivo {
 
+/// Calendars that a test may make, by what they are for.
+inline constexpr const char* kBirthdays = "B1B1B1B1-0000-4000-8000-000000000001";
+inline constexpr const char* kAnniversaries = "A1A1A1A1-0000-4000-8000-000000000002";
+
 /// What a run of the real executable left behind.
 struct AgentRun {
   int status = -1;  ///< exit status, or minus the signal that ended it

@@ -18,8 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;
 
-constexpr const char* kBirthdays = "B1B1B1B1-0000-4000-8000-000000000001";
-constexpr const char* kAnniversaries = "A1A1A1A1-0000-4000-8000-000000000002";
 constexpr const char* kResources =
     "SharedSupport/System/Library/Frameworks/AddressBook.framework/Versions/A/Resources/";
 constexpr const char* kFolder = "Library/Application Support/AddressBook";

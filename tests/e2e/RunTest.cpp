@@ -14,8 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;
 
-constexpr const char* kBirthdays = "B1B1B1B1-0000-4000-8000-000000000001";
-constexpr const char* kAnniversaries = "A1A1A1A1-0000-4000-8000-000000000002";
 constexpr const char* kMetadata = "Library/Application Support/AddressBook/Metadata";
 
 const PropertyList kPlainTitle = PropertyList::Array{"First name", "type"};

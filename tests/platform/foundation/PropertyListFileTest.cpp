@@ -4,12 +4,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <limits>
 #include <random>
 
 #include "platform/foundation/BinaryPropertyList.h"
-#include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/PropertyList.h"
 #include "tests/support/Doubles.h"
 #include "tests/support/TemporaryFolder.h"
@@ -358,21 +356,6 @@ TEST(PropertyListFile, SurvivesTruncationAtEveryByte) {
       EXPECT_EQ(*list, PropertyList(sample())) << length;
     }
   }
-}
-
-TEST(PropertyListFile, HandlesWhatAFuzzerFound) {
-  std::size_t count = 0;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(ANNIVO_SOURCE_DIR "/tests/fuzz/seeds/property_list")) {
-    ++count;
-    const auto bytes = PosixFileManager().contentsAtPath(entry.path(), 1 << 20);
-    ASSERT_TRUE(bytes);
-    const auto list = parsePropertyList(*bytes, entry.path());
-    if (!list) continue;
-    EXPECT_EQ(parsed(binaryPropertyList(*list)), *list) << entry;
-    (void)parsed(xmlPropertyList(Array{*list}));
-  }
-  EXPECT_GE(count, 6u);
 }
 
 TEST(PropertyListFile, SurvivesRandomDamage) {
