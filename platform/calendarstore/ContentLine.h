@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,10 +36,10 @@ class ContentLine {
 
   /// Whether this is the property of that (upper-case) name; case does not matter.
   [[nodiscard]] bool named(std::string_view upperCaseName) const {
-    // Few lines get beyond the first two conditions.
+    // Few lines get beyond the first condition.
     const std::size_t size = upperCaseName.size();
-    return content_.size() > size && (content_[size] == ':' || content_[size] == ';') &&
-           isNamed(upperCaseName);
+    if (content_.size() <= size || (content_[size] != ':' && content_[size] != ';')) return false;
+    return isNamed(upperCaseName);
   }
   /// The value of the first parameter of that (upper-case) name, without its quotes.
   [[nodiscard]] std::optional<std::string_view> parameter(std::string_view upperCaseName) const;
@@ -50,15 +52,16 @@ class ContentLine {
     std::string_view value;
   };
   [[nodiscard]] const Parts& parts() const {
-    if (!parts_) parts_ = split(content_);
-    return *parts_;
+    if (!isSplit_) split(std::min(content_.find_first_of(":;"), content_.size()));
+    return parts_;
   }
   [[nodiscard]] bool isNamed(std::string_view upperCaseName) const;
-  [[nodiscard]] static Parts split(std::string_view content);
+  void split(std::size_t nameEnd) const;
 
   std::string_view raw_;
   std::string_view content_;  ///< the line without folds and line end
-  mutable std::optional<Parts> parts_;
+  mutable Parts parts_;
+  mutable bool isSplit_ = false;
 };
 
 /// Walks a text line by line, in one pass and linear time. Lines end in CRLF or LF; a line that
@@ -66,15 +69,41 @@ class ContentLine {
 /// to the first line's raw bytes only.
 class ContentLines {
  public:
-  explicit ContentLines(std::string_view text) : text_(text) {}
+  explicit ContentLines(std::string_view text) : rest_(text), atStart_(true) {}
   /// False at the end of the text.
-  bool next(ContentLine& line);
+  bool next(ContentLine& line) {
+    if (rest_.empty()) return false;
+    const char* const begin = rest_.data();
+    const std::size_t length = lengthOfLine(rest_);
+    line.raw_ = {begin, length};
+    line.content_ = withoutLineEnd(line.raw_);
+    line.isSplit_ = false;
+    rest_.remove_prefix(length);
+    if (atStart_ || continues(rest_)) finish(line);
+    return true;
+  }
 
  private:
-  std::string_view unfolded(std::string_view raw);
+  /// Of the physical line that the text, which is not empty, begins with.
+  [[nodiscard]] static std::size_t lengthOfLine(std::string_view text) {
+    const void* const found = std::memchr(text.data(), '\n', text.size());
+    if (!found) return text.size();
+    return static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) + 1;
+  }
+  [[nodiscard]] static std::string_view withoutLineEnd(std::string_view line) {
+    if (line.ends_with('\n')) line.remove_suffix(1);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    return line;
+  }
+  [[nodiscard]] static bool continues(std::string_view text) {
+    return !text.empty() && (text.front() == ' ' || text.front() == '\t');
+  }
+  /// What few lines need: the lines that continue it, and no byte order mark.
+  void finish(ContentLine& line);
+  void unfold(std::string_view raw);
 
-  std::string_view text_;
-  std::size_t position_ = 0;
+  std::string_view rest_;
+  bool atStart_;
   std::string unfolded_;
 };
 

@@ -17,9 +17,11 @@ constexpr std::int64_t kLongestDuration = 1'000'000'000'000'000;
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::optional<int> number(std::string_view digits) {
-  if (digits.empty() || !std::all_of(digits.begin(), digits.end(), isDigit)) return std::nullopt;
   int value = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  for (const char c : digits) {
+    if (!isDigit(c)) return std::nullopt;
+    value = value * 10 + (c - '0');
+  }
   return value;
 }
 

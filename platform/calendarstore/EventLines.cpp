@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "platform/calendarstore/EventLines.h"
 
+#include <array>
+
 namespace annivo {
 namespace {
+
+/// Each in the one before it, in the order of their places.
+constexpr std::array<std::string_view, 3> kKnown{"VCALENDAR", "VEVENT", "VALARM"};
 
 /// A component's name without white space after it.
 std::string_view trimmed(std::string_view name) {
@@ -31,7 +36,7 @@ bool EventLines::next() {
     malformed_ = !end();
   } else {
     kind_ = Kind::property;
-    place_ = placeAtDepth(depth_);
+    place_ = innermost();
     malformed_ = depth_ == 0 && !isBlank(line_.raw());
   }
   return !malformed_;
@@ -39,40 +44,40 @@ bool EventLines::next() {
 
 bool EventLines::begin() {
   const std::string_view name = trimmed(line_.value());
-  const Place around = placeAtDepth(depth_);
   kind_ = Kind::begin;
-  place_ = Place::other;
-  if (depth_ == 0) {
-    if (!equalsIgnoringCase(name, "VCALENDAR")) return false;
+  if (depth_ == known_ && known_ < kKnown.size() && equalsIgnoringCase(name, kKnown[known_])) {
+    ++known_;
     sawCalendar_ = true;
-    place_ = Place::calendar;
-  } else if (around == Place::calendar && equalsIgnoringCase(name, "VEVENT")) {
-    place_ = Place::event;
-  } else if (around == Place::event && equalsIgnoringCase(name, "VALARM")) {
-    place_ = Place::alarm;
+  } else {
+    if (depth_ == 0) return false;
+    (others_ += '\n').append(name);
   }
-  open_.append(name) += '\n';
   lineDepth_ = ++depth_;
-  if (depth_ < places_.size()) places_[depth_] = place_;
+  place_ = innermost();
   return true;
 }
 
 bool EventLines::end() {
   const std::string_view name = trimmed(line_.value());
   kind_ = Kind::end;
-  place_ = placeAtDepth(depth_);
+  place_ = innermost();
   if (depth_ == 0) return false;
-  const std::size_t previous = open_.rfind('\n', open_.size() - 2);
-  const std::size_t start = previous == open_.npos ? 0 : previous + 1;
-  const std::string_view opened = std::string_view(open_).substr(start, open_.size() - 1 - start);
-  if (name != opened && !equalsIgnoringCase(name, upperCase(opened))) return false;
-  open_.resize(start);
+  if (place_ == Place::other) {
+    if (!endOther(name)) return false;
+  } else {
+    if (!equalsIgnoringCase(name, kKnown[known_ - 1])) return false;
+    --known_;
+  }
   --depth_;
   return true;
 }
 
-EventLines::Place EventLines::placeAtDepth(std::size_t depth) const {
-  return depth < places_.size() ? places_[depth] : Place::other;
+bool EventLines::endOther(std::string_view name) {
+  const std::size_t last = others_.rfind('\n');
+  const std::string_view opened = std::string_view(others_).substr(last + 1);
+  if (name != opened && !equalsIgnoringCase(name, upperCase(opened))) return false;
+  others_.resize(last);
+  return true;
 }
 
 }  // namespace annivo

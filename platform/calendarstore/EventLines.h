@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -39,15 +38,19 @@ class EventLines {
  private:
   bool begin();
   bool end();
-  [[nodiscard]] Place placeAtDepth(std::size_t depth) const;
+  bool endOther(std::string_view name);
+  /// The innermost open component.
+  [[nodiscard]] Place innermost() const {
+    return depth_ == known_ && known_ > 0 ? static_cast<Place>(known_ - 1) : Place::other;
+  }
 
   ContentLines lines_;
   ContentLine line_;
   Kind kind_ = Kind::property;
   Place place_ = Place::other;
-  std::string open_;  ///< names of the open components, a line feed after each
-  std::array<Place, 4> places_{Place::other, Place::other, Place::other, Place::other};
   std::size_t depth_ = 0;
+  std::size_t known_ = 0;  ///< of the open ones, how many from the outermost on are no others
+  std::string others_;     ///< names of the open others, a line feed before each
   std::size_t lineDepth_ = 0;
   bool sawCalendar_ = false;
   bool malformed_ = false;
