@@ -41,12 +41,13 @@ void appendTriplet(std::string& out, char escape, char byte) {
 std::string encoded(std::string_view bytes, char escape, std::string_view plain) {
   std::string out;
   out.reserve(bytes.size());
-  for (const char c : bytes) {
-    if (isAlphanumeric(c) || plain.find(c) != plain.npos) {
-      out += c;
-    } else {
-      appendTriplet(out, escape, c);
-    }
+  const auto isPlain = [&](char c) { return isAlphanumeric(c) || plain.find(c) != plain.npos; };
+  for (auto at = bytes.begin(); at != bytes.end(); ++at) {
+    const auto stop = std::find_if_not(at, bytes.end(), isPlain);
+    out.append(at, stop);
+    if (stop == bytes.end()) break;
+    appendTriplet(out, escape, *stop);
+    at = stop;
   }
   return out;
 }
@@ -65,6 +66,11 @@ std::string decoded(std::string_view text, char escape) {
   }
   return out;
 }
+
+/// Printable ASCII that has no meaning of its own in a value of type TEXT.
+constexpr auto standsForItself = [](char c) {
+  return c >= ' ' && c <= '~' && c != '\\' && c != ';' && c != ',';
+};
 
 /// Length of the line break at `i` (CRLF, LF, CR, VT, FF, NEL, U+2028, U+2029), 0 if there is none.
 std::size_t lineBreakAt(std::string_view text, std::size_t i) {
@@ -90,7 +96,7 @@ std::size_t controlAt(std::string_view text, std::size_t i) {
 void appendContentLine(std::string& out, std::string_view head, std::string_view value,
                        std::string_view lineEnd) {
   if (head.size() + 1 + value.size() <= kLineOctets) {
-    out.append(head).append(1, ':').append(value).append(lineEnd);
+    (out.append(head) += ':').append(value).append(lineEnd);
     return;
   }
   const std::string line = std::string(head).append(1, ':').append(value);
@@ -113,6 +119,10 @@ std::string escapedText(std::string_view text) {
   std::string out;
   out.reserve(text.size() + 8);
   for (std::size_t i = 0; i < text.size();) {
+    const auto stop = std::find_if_not(text.begin() + i, text.end(), standsForItself);
+    out.append(text.begin() + i, stop);
+    i = static_cast<std::size_t>(stop - text.begin());
+    if (stop == text.end()) break;
     if (const std::size_t length = lineBreakAt(text, i)) {
       out += "\\n";
       i += length;
@@ -146,12 +156,16 @@ std::string escapedURI(std::string_view uri) {
   constexpr std::string_view allowed = "-._~:/?#[]@!$&'()*+,;=";
   std::string out;
   out.reserve(uri.size());
+  const auto isAllowed = [&](char c) { return isAlphanumeric(c) || allowed.find(c) != allowed.npos; };
   for (std::size_t i = 0; i < uri.size(); ++i) {
-    const char c = uri[i];
-    if (isAlphanumeric(c) || allowed.find(c) != allowed.npos || (c == '%' && isTriplet(uri, i))) {
-      out += c;
+    const auto stop = std::find_if_not(uri.begin() + i, uri.end(), isAllowed);
+    out.append(uri.begin() + i, stop);
+    i = static_cast<std::size_t>(stop - uri.begin());
+    if (stop == uri.end()) break;
+    if (*stop == '%' && isTriplet(uri, i)) {
+      out += '%';
     } else {
-      appendTriplet(out, '%', c);
+      appendTriplet(out, '%', *stop);
     }
   }
   return out;

@@ -5,9 +5,9 @@
 #include <array>
 #include <charconv>
 #include <chrono>
-#include <cstdio>
 
 #include "platform/calendarstore/ContentText.h"
+#include "platform/foundation/Digits.h"
 
 namespace annivo {
 namespace {
@@ -23,6 +23,17 @@ std::optional<int> number(std::string_view digits) {
     value = value * 10 + (c - '0');
   }
   return value;
+}
+
+/// "20261120", of a day within the years 1 to 9999.
+std::string basicDay(std::chrono::sys_days day) {
+  const std::chrono::year_month_day ymd{day};
+  std::string text;
+  text.reserve(16);
+  appendDigits(text, static_cast<std::uint64_t>(static_cast<int>(ymd.year())), 4);
+  appendDigits(text, static_cast<unsigned>(ymd.month()), 2);
+  appendDigits(text, static_cast<unsigned>(ymd.day()), 2);
+  return text;
 }
 
 /// "YYYYMMDD", or with `time` "YYYYMMDDTHHMMSS".
@@ -134,11 +145,14 @@ std::optional<std::int64_t> durationFromText(std::string_view text) {
 }
 
 std::string utcText(Date date) {
-  const CivilTime c = NSTimeZone().civil(date);
-  std::array<char, 40> text{};
-  std::snprintf(text.data(), text.size(), "%04d%02d%02dT%02d%02d%02dZ", static_cast<int>(c.year),
-                c.month, c.day, c.hour, c.minute, c.second);
-  return text.data();
+  const auto day = std::chrono::floor<std::chrono::days>(date);
+  const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::seconds>(date - day));
+  std::string text = basicDay(day);
+  text += 'T';
+  appendDigits(text, static_cast<std::uint64_t>(time.hours().count()), 2);
+  appendDigits(text, static_cast<std::uint64_t>(time.minutes().count()), 2);
+  appendDigits(text, static_cast<std::uint64_t>(time.seconds().count()), 2);
+  return text += 'Z';
 }
 
 std::optional<std::string> dayText(Date date, int days, const NSTimeZone& zone) {
@@ -146,13 +160,9 @@ std::optional<std::string> dayText(Date date, int days, const NSTimeZone& zone) 
   const std::chrono::year_month_day civil{std::chrono::year{static_cast<int>(c.year)},
                                           std::chrono::month{static_cast<unsigned>(c.month)},
                                           std::chrono::day{static_cast<unsigned>(c.day)}};
-  const std::chrono::year_month_day ymd{std::chrono::sys_days{civil} + std::chrono::days{days}};
-  const int year = static_cast<int>(ymd.year());
-  if (year < 1 || year > 9999) return std::nullopt;
-  std::array<char, 16> text{};
-  std::snprintf(text.data(), text.size(), "%04d%02u%02u", year, static_cast<unsigned>(ymd.month()),
-                static_cast<unsigned>(ymd.day()));
-  return text.data();
+  const auto day = std::chrono::sys_days{civil} + std::chrono::days{days};
+  if (day < kEarliestDate || day > kLatestDate) return std::nullopt;
+  return basicDay(day);
 }
 
 std::optional<EventTime> dateValue(const ContentLine& line, const NSTimeZone& defaultZone) {

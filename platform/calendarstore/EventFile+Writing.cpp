@@ -30,6 +30,7 @@ struct Replacement {
 
 std::string contentLine(const std::string& head, std::string_view value, std::string_view lineEnd) {
   std::string line;
+  line.reserve(head.size() + value.size() + 16);
   appendContentLine(line, head, value, lineEnd);
   return line;
 }
@@ -124,6 +125,7 @@ class EventFile::Editor {
 
 std::vector<Replacement> EventFile::Editor::propertyLines(unsigned changes) const {
   std::vector<Replacement> lines;
+  lines.reserve(9);
   const CalEvent& event = event_;
   if ((changes & CalEvent::kTitle) && event.title_) {
     lines.push_back({"SUMMARY", titleLine(*event.title_, lineEnd_)});
@@ -238,7 +240,7 @@ void EventFile::Editor::writeMissing() {
 std::string EventFile::newText(const CalEvent& event, Date now, const NSTimeZone& zone) {
   constexpr std::string_view end = "\r\n";
   std::string text(kHeader);
-  text.reserve(1024);
+  text.reserve(2048);
   appendContentLine(text, "UID", escapedText(event.uid()), end);
   for (const Replacement& property : Editor(event, now, zone).propertyLines(~0U)) {
     if (property.name == "URL") appendContentLine(text, "TRANSP", "TRANSPARENT", end);

@@ -42,7 +42,8 @@ class NSPersistentStore {
   /// A new, empty object; null in a read-only store.
   virtual NSManagedObject* insert(const NSEntityDescription& entity) = 0;
   /// Tells the store that an attribute of one of its objects is about to change to `value`.
-  virtual void set(NSManagedObject& object, std::string_view attribute, PropertyList value) = 0;
+  virtual void set(NSManagedObject& object, std::string_view attribute,
+                   const PropertyList& value) = 0;
   virtual void remove(NSManagedObject& object) = 0;
   [[nodiscard]] virtual bool hasChanges() const = 0;
   /// Writes what changed since the last save; on failure the changes stay pending.

@@ -36,7 +36,7 @@ class SQLiteStore final : public NSPersistentStore {
   Result<std::vector<NSManagedObject*>> execute(const NSFetchRequest& request) override;
 
   NSManagedObject* insert(const NSEntityDescription&) override { return nullptr; }
-  void set(NSManagedObject&, std::string_view, PropertyList) override { refuse(); }
+  void set(NSManagedObject&, std::string_view, const PropertyList&) override { refuse(); }
   void remove(NSManagedObject&) override { refuse(); }
   [[nodiscard]] bool hasChanges() const override { return false; }
   Result<void> save() override { return {}; }

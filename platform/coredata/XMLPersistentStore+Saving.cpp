@@ -25,6 +25,7 @@ Result<void> XMLPersistentStore::save() {
 
 std::string XMLPersistentStore::elementsOf(const std::vector<XMLStoreRow*>& rows) const {
   std::string elements;
+  elements.reserve(rows.size() * kXMLUsualObject);
   for (const XMLStoreRow* row : rows) {
     if (!row->removed) {
       appendXMLObject(elements, *row);

@@ -57,7 +57,7 @@ NSManagedObject* XMLPersistentStore::insert(const NSEntityDescription& entity) {
   return &row;
 }
 
-void XMLPersistentStore::set(NSManagedObject& object, std::string_view, PropertyList) {
+void XMLPersistentStore::set(NSManagedObject& object, std::string_view, const PropertyList&) {
   markPending(static_cast<XMLStoreRow&>(object));
 }
 

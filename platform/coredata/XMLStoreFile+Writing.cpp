@@ -11,8 +11,6 @@ namespace annivo {
 namespace {
 
 constexpr const char* kGeneration = "AnnivoGeneration";
-/// Bytes that an object takes at most in general.
-constexpr std::size_t kUsualObject = 420;
 
 std::string mapped(std::string text, char first, char last, int shift) {
   for (char& c : text) {
@@ -105,8 +103,8 @@ std::size_t lineStart(std::string_view bytes, std::size_t offset) {
 
 void appendXMLObject(std::string& out, const NSManagedObject& object) {
   const NSEntityDescription& entity = object.entity();
-  out += "<object type=\"" + upperCased(entity.name) + "\" id=\"z" +
-         std::to_string(object.objectID()) + "\">";
+  out.append("<object type=\"").append(upperCased(entity.name));
+  out.append("\" id=\"z").append(std::to_string(object.objectID())).append("\">");
   for (std::size_t i = 0; i < entity.attributes.size(); ++i) {
     appendAttribute(out, entity.attributes[i], object.attributeAt(i));
   }
@@ -151,7 +149,7 @@ std::string newXMLStore(XMLStoreContent& content) {
       "        </metadata>\n"
       "    </databaseInfo>";
   out += content.infoText + "\n";
-  out.reserve(out.size() + content.rows.size() * kUsualObject);
+  out.reserve(out.size() + content.rows.size() * kXMLUsualObject);
   for (XMLStoreRow& row : content.rows) {
     if (row.removed) continue;
     out += "    ";
@@ -185,7 +183,7 @@ std::string editedXMLStore(std::string_view bytes, const XMLStoreContent& conten
             [](const Edit& a, const Edit& b) { return a.begin < b.begin; });
 
   std::string out;
-  out.reserve(bytes.size() + changed.size() * kUsualObject);
+  out.reserve(bytes.size() + changed.size() * kXMLUsualObject);
   std::size_t at = 0;
   for (const Edit& edit : edits) {
     out.append(bytes, at, edit.begin - at);

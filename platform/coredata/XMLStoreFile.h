@@ -62,6 +62,8 @@ struct XMLStoreChange {
 [[nodiscard]] Result<std::vector<XMLStoreChange>> parseXMLChanges(
     std::string_view fragment, const NSManagedObjectModel& model);
 
+/// Bytes that an object of the ledger takes at most in general.
+inline constexpr std::size_t kXMLUsualObject = 420;
 /// Appends the object's element, without white space around it.
 void appendXMLObject(std::string& out, const NSManagedObject& object);
 void appendXMLRemoval(std::string& out, std::int64_t objectID);

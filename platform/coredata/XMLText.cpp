@@ -2,11 +2,11 @@
 #include "platform/coredata/XMLText.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstdint>
-#include <cstdio>
+#include <cstddef>
 
+#include "platform/foundation/Digits.h"
 #include "platform/foundation/Unicode.h"
 
 namespace annivo {
@@ -23,6 +23,8 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(begin, text.find_last_not_of(kSpace) + 1 - begin);
 }
 
+constexpr auto isEscaped = [](char c) { return c == '&' || c == '<' || c == '>' || c == '\r'; };
+constexpr auto isPrintableASCII = [](char c) { return c >= ' ' && c <= '~'; };
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// A plain decimal number as microseconds, exact to the last digit that counts.
@@ -50,19 +52,21 @@ std::optional<std::int64_t> plainMicroseconds(std::string_view text) {
 }  // namespace
 
 bool isXMLText(std::string_view text) {
-  bool ascii = true;
+  if (std::all_of(text.begin(), text.end(), isPrintableASCII)) return true;
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte < 0x20 && c != '\t' && c != '\n' && c != '\r') return false;
-    ascii = ascii && byte < 0x80;
   }
-  return ascii || (isValidUTF8(text) && text.find("\xEF\xBF\xBE") == std::string_view::npos &&
-                   text.find("\xEF\xBF\xBF") == std::string_view::npos);
+  return isValidUTF8(text) && text.find("\xEF\xBF\xBE") == std::string_view::npos &&
+         text.find("\xEF\xBF\xBF") == std::string_view::npos;
 }
 
 void appendEscaped(std::string& out, std::string_view text) {
-  for (const char c : text) {
-    switch (c) {
+  for (auto at = text.begin(); at != text.end(); ++at) {
+    const auto stop = std::find_if(at, text.end(), isEscaped);
+    out.append(at, stop);
+    if (stop == text.end()) break;
+    switch (*stop) {
       case '&':
         out += "&amp;";
         break;
@@ -72,12 +76,10 @@ void appendEscaped(std::string& out, std::string_view text) {
       case '>':
         out += "&gt;";
         break;
-      case '\r':
-        out += "&#13;";
-        break;
       default:
-        out += c;
+        out += "&#13;";
     }
+    at = stop;
   }
 }
 
@@ -122,11 +124,10 @@ std::optional<std::string> fromBase64(std::string_view text) {
 std::string storeDateText(Date date) {
   const std::int64_t micros = (date - kReferenceDate).count();
   const std::int64_t size = micros < 0 ? -micros : micros;
-  std::array<char, 64> text{};
-  const int length = std::snprintf(text.data(), text.size(), "%s%lld.%06lld00000000000000",
-                                   micros < 0 ? "-" : "", static_cast<long long>(size / 1'000'000),
-                                   static_cast<long long>(size % 1'000'000));
-  return {text.data(), static_cast<std::size_t>(length)};
+  std::string text(micros < 0 ? "-" : "");
+  text.append(std::to_string(size / 1'000'000)).append(1, '.');
+  appendDigits(text, static_cast<std::uint64_t>(size % 1'000'000), 6);
+  return text.append(14, '0');
 }
 
 std::optional<Date> dateFromStoreText(std::string_view text) {

@@ -188,17 +188,16 @@ std::string repairedUTF8(std::string_view text) {
   if (isASCII(text)) return std::string(text);
   std::string repaired;
   repaired.reserve(text.size());
+  std::size_t copied = 0;
   for (std::size_t i = 0; i < text.size();) {
-    const std::size_t length = sequenceLength(text.substr(i));
-    if (length == 0) {
-      repaired += "\uFFFD";
-      ++i;
-    } else {
-      repaired += text.substr(i, length);
+    if (const std::size_t length = sequenceLength(text.substr(i))) {
       i += length;
+      continue;
     }
+    repaired.append(text, copied, i - copied).append("\uFFFD");
+    copied = ++i;
   }
-  return repaired;
+  return repaired.append(text, copied);
 }
 
 std::size_t columnsOf(std::string_view text) {
