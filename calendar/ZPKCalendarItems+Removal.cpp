@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <string_view>
+
 #include "calendar/ZPKCalendarItems.h"
 #include "run/LoggingSwitch.h"
 
@@ -13,12 +16,16 @@ void ZPKCalendarItems::removeOtherEvents() {
   static const auto after = NSPredicateFormat::parse("(date > %@)");
   static const auto atOrBefore = NSPredicateFormat::parse("(date <= %@)");
   const Date horizon = currentDateOffsetByYears(-1);
+  std::vector<std::string_view> retained(theRetainedEventUIDs.begin(), theRetainedEventUIDs.end());
+  std::sort(retained.begin(), retained.end());
 
   logOptionally(platform_, "Deleting old events 1");
   if (const auto records = dataFetchedWithPredicate(after.with({horizon}))) {
     for (NSManagedObject* record : *records) {
       const auto* eventUID = record->valueForKey("iCalUID").string();
-      if (eventUID && theRetainedEventUIDs.count(*eventUID) > 0) continue;
+      if (eventUID && std::binary_search(retained.begin(), retained.end(), *eventUID)) {
+        continue;
+      }
       removeRecordAndEvent(*record, "Removing current event: ");
     }
   }

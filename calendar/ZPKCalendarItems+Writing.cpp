@@ -89,6 +89,21 @@ std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::str
   return blank;
 }
 
+void ZPKCalendarItems::expectBasicEvents(const std::vector<std::vector<BasicEvent>>& events) {
+  // Whatever the first look into the ledger has to say belongs to the first event.
+  if (!thisCalendar_ || !coreDataSpace->ledgerIsRead()) return;
+  std::vector<std::string> uids;
+  for (const auto& ofOneDate : events) {
+    for (const BasicEvent& event : ofOneDate) {
+      const auto records = recordsOf(event.uid, event.withStartDate);
+      if (!records || records->empty()) continue;
+      const auto* eventUID = records->front()->valueForKey("iCalUID").string();
+      if (eventUID) uids.push_back(*eventUID);
+    }
+  }
+  myStore.readAhead(*thisCalendar_, std::move(uids));
+}
+
 void ZPKCalendarItems::addBasicEvent(const BasicEvent& basic) {
   logOptionally(platform_, "Checking for event '", basic.title, "'.");
   if (basic.title.size() + basic.url.size() + basic.uid.size() > kLongestTexts) {
@@ -102,7 +117,7 @@ void ZPKCalendarItems::addBasicEvent(const BasicEvent& basic) {
     fillNewEvent(*event, basic);
   }
   if (changed) saveEvent(*event);
-  theRetainedEventUIDs.insert(event->uid());
+  theRetainedEventUIDs.push_back(event->uid());
 }
 
 /// What neither ledger nor calendar could read back is not put into them. An event that is there
@@ -111,7 +126,7 @@ void ZPKCalendarItems::refuseEvent(const BasicEvent& basic) {
   if (const auto records = recordsOf(basic.uid, basic.withStartDate);
       records && !records->empty()) {
     const auto* eventUID = records->front()->valueForKey("iCalUID").string();
-    if (eventUID) theRetainedEventUIDs.insert(*eventUID);
+    if (eventUID) theRetainedEventUIDs.push_back(*eventUID);
   }
   platform_.application().runAlertWithError(
       {.kind = Error::Kind::refused,

@@ -6,7 +6,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 #include "calendar/RunMark.h"
@@ -74,6 +73,9 @@ class ZPKCalendarItems {
     std::string uid;  ///< of the source date
   };
   void addBasicEvent(const BasicEvent& event);
+  /// Tells which events addBasicEvent will be given next but for those of the last call, so that
+  /// what the calendar holds of them is read meanwhile. Nothing else depends on it.
+  void expectBasicEvents(const std::vector<std::vector<BasicEvent>>& events);
 
   // Removal.
 
@@ -123,7 +125,7 @@ class ZPKCalendarItems {
   Platform& platform_;
   CalCalendarStore& myStore;
   std::shared_ptr<CalCalendar> thisCalendar_;
-  std::unordered_set<std::string> theRetainedEventUIDs;
+  std::vector<std::string> theRetainedEventUIDs;
   std::vector<CalAlarm> alarmArray_;
   std::unique_ptr<core_data_for_dates_AppDelegate> coreDataSpace;
   NSManagedObjectContext* moc = nullptr;

@@ -43,6 +43,7 @@ class core_data_for_dates_AppDelegate {
   };
   /// Reads the ledger at the first call. What is wrong with it is presented.
   Ledger readLedger();
+  [[nodiscard]] bool ledgerIsRead() const { return ledger_.has_value(); }
   /// `saveAction:`. A failure is presented; the changes stay in memory. Whether it was saved.
   bool saveAction();
   /// Brings the ledger file up to date with all that was saved. A failure is presented, and nothing

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "format/ZPKAnvCCalendarItemsFormat.h"
 
+#include <algorithm>
+
 #include "format/AlarmTrigger.h"
 #include "format/Occurrences.h"
 #include "run/LoggingSwitch.h"
@@ -30,11 +32,41 @@ void ZPKAnvCCalendarItemsFormat::setAlarmsWithDataForType(const PropertyList& pr
 }
 
 void ZPKAnvCCalendarItemsFormat::setEventsWithOriginal(const ContactDateRecord& record) {
+  addEvents(record, eventsForOriginal(record));
+}
+
+void ZPKAnvCCalendarItemsFormat::setEventsWithOriginals(Records records) {
+  // Enough that what is read meanwhile outweighs the word about it, and little to hold.
+  constexpr std::size_t kAtOnce = 256;
+  const auto taken = [&] {
+    const Records first = records.first(std::min(kAtOnce, records.size()));
+    records = records.subspan(first.size());
+    return first;
+  };
+  const auto eventsOf = [&](Records some) {
+    std::vector<Events> events;
+    events.reserve(some.size());
+    for (const ContactDateRecord& record : some) events.push_back(eventsForOriginal(record));
+    return events;
+  };
+  Records current = taken();
+  std::vector<Events> events = eventsOf(current);
+  while (!current.empty()) {
+    const Records next = taken();
+    std::vector<Events> expected = eventsOf(next);
+    thisInstance.expectBasicEvents(expected);
+    for (std::size_t i = 0; i < current.size(); ++i) addEvents(current[i], events[i]);
+    current = next;
+    events = std::move(expected);
+  }
+}
+
+void ZPKAnvCCalendarItemsFormat::addEvents(const ContactDateRecord& record, const Events& events) {
   if (!record.thisDate) {
     logOptionally(platform_, "No date in the record ", record.dateUID);
     return;
   }
-  for (const auto& event : eventsForOriginal(record)) thisInstance.addBasicEvent(event);
+  for (const auto& event : events) thisInstance.addBasicEvent(event);
 }
 
 std::vector<ZPKCalendarItems::BasicEvent> ZPKAnvCCalendarItemsFormat::eventsForOriginal(

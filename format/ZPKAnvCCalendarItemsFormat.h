@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,6 +17,8 @@ namespace annivo {
 /// occurrences, alarms. Made for one calendar type of one run; keeps nothing between records.
 class ZPKAnvCCalendarItemsFormat {
  public:
+  using Records = std::span<const std::reference_wrapper<const ContactDateRecord>>;
+
   /// `initWithTarget:andTitleFormat:`. The writer is not owned and outlives the formatter.
   ZPKAnvCCalendarItemsFormat(Platform& platform, ZPKCalendarItems& target,
                              const std::vector<std::string>& titleFormat);
@@ -28,11 +32,16 @@ class ZPKAnvCCalendarItemsFormat {
   /// `setEventsWithOriginal:`. Hands up to three events to the writer. A record without a date
   /// yields none.
   void setEventsWithOriginal(const ContactDateRecord& record);
+  /// setEventsWithOriginal for each, with word to the writer some time before of what is to come.
+  void setEventsWithOriginals(Records records);
   /// What setEventsWithOriginal hands to the writer.
   [[nodiscard]] std::vector<ZPKCalendarItems::BasicEvent> eventsForOriginal(
       const ContactDateRecord& record) const;
 
  private:
+  using Events = std::vector<ZPKCalendarItems::BasicEvent>;
+  void addEvents(const ContactDateRecord& record, const Events& events);
+
   Platform& platform_;
   ZPKCalendarItems& thisInstance;
   std::string mainTitleString;

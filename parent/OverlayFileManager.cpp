@@ -23,6 +23,7 @@ class OverlayFileManager::Appending final : public AppendingFile {
  public:
   Appending(OverlayFileManager& files, std::string path) : files_(files), path_(std::move(path)) {}
   Result<void> append(std::string_view bytes) override {
+    const std::scoped_lock lock(files_.changing_);
     Entry& entry = files_.entry(path_);
     entry.kind = Entry::Kind::file;
     entry.bytes.append(bytes);
@@ -33,6 +34,27 @@ class OverlayFileManager::Appending final : public AppendingFile {
  private:
   OverlayFileManager& files_;
   std::string path_;
+};
+
+class OverlayFileManager::Folder final : public ReadableFolder {
+ public:
+  Folder(const OverlayFileManager& files, std::string path)
+      : files_(files), path_(std::move(path)), base_(files.base_.openFolder(path_)) {}
+  Result<std::string> contentsOfFileItself(const std::string& name, std::size_t limit,
+                                           std::string memory) const override {
+    {
+      const std::string path = path_ + "/" + name;
+      const std::scoped_lock lock(files_.changing_);
+      if (files_.find(path)) return files_.contentsAtPath(path, limit);
+    }
+    return base_->contentsOfFileItself(name, limit, std::move(memory));
+  }
+  bool mayBeReadByAnotherThread() const override { return base_->mayBeReadByAnotherThread(); }
+
+ private:
+  const OverlayFileManager& files_;
+  std::string path_;
+  std::unique_ptr<ReadableFolder> base_;
 };
 
 const OverlayFileManager::Entry* OverlayFileManager::find(const std::string& path) const {
@@ -49,14 +71,17 @@ OverlayFileManager::Entry& OverlayFileManager::entry(const std::string& path) {
 }
 
 void OverlayFileManager::putFile(const std::string& path, std::string bytes) {
+  const std::scoped_lock lock(changing_);
   entry(path) = {Entry::Kind::file, std::move(bytes), clock_.now()};
 }
 
 void OverlayFileManager::putDirectory(const std::string& path) {
+  const std::scoped_lock lock(changing_);
   entry(path) = {Entry::Kind::directory, "", clock_.now()};
 }
 
 void OverlayFileManager::putAbsence(const std::string& path) {
+  const std::scoped_lock lock(changing_);
   entry(path) = {Entry::Kind::removed, "", clock_.now()};
 }
 
@@ -103,6 +128,10 @@ Result<std::string> OverlayFileManager::contentsOfFileItself(const std::string& 
                                                              std::size_t limit) const {
   // What is kept in memory is no link.
   return find(path) ? contentsAtPath(path, limit) : base_.contentsOfFileItself(path, limit);
+}
+
+std::unique_ptr<ReadableFolder> OverlayFileManager::openFolder(const std::string& path) const {
+  return std::make_unique<Folder>(*this, path);
 }
 
 Result<std::vector<DirectoryEntry>> OverlayFileManager::contentsOfDirectory(
@@ -202,6 +231,7 @@ Result<void> OverlayFileManager::renameDirectory(const std::string& from, const 
   }
   if (attributesAtPath(to, Links::doNotFollow)) return errorFromErrno(EEXIST, "rename", to);
   if (auto made = createDirectory(to); !made) return made;
+  const std::scoped_lock lock(changing_);
   const auto [folder, name] = split(from);
   folders_[std::string(folder)].erase(std::string(name));
   std::vector<std::string> inside;

@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,6 +36,7 @@ class OverlayFileManager final : public NSFileManager {
   Result<std::string> contentsAtPath(const std::string& path, std::size_t limit) const override;
   Result<std::string> contentsOfFileItself(const std::string& path,
                                            std::size_t limit) const override;
+  std::unique_ptr<ReadableFolder> openFolder(const std::string& path) const override;
   Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) const override;
   bool isWritable(const std::string& path) const override;
   Result<void> writeAtomically(const std::string& path, std::string_view bytes) override;
@@ -53,6 +55,7 @@ class OverlayFileManager final : public NSFileManager {
     Date modificationDate{};
   };
   class Appending;
+  class Folder;
 
   [[nodiscard]] const Entry* find(const std::string& path) const;
   Entry& entry(const std::string& path);
@@ -72,6 +75,8 @@ class OverlayFileManager final : public NSFileManager {
   };
   /// By folder.
   std::unordered_map<std::string, Entries, TextHash, std::equal_to<>> folders_;
+  /// Held while folders_ changes, and by the folders of openFolder while they look into it.
+  mutable std::mutex changing_;
 };
 
 }  // namespace annivo

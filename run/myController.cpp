@@ -101,7 +101,7 @@ void myController::sendCalendarTypeWithFormat(const std::string& type,
     formatter.setAlarmsWithDataForType(appPrefs->prefs(), type);
     const auto& records =
         type == "anni" ? theDates->addressBookCustomDates() : theDates->addressBookBirthDates();
-    for (const ContactDateRecord& record : records) formatter.setEventsWithOriginal(record);
+    formatter.setEventsWithOriginals(records);
   }
   log(type + " Ended");
 }

@@ -38,9 +38,8 @@ std::shared_ptr<CalEvent> CalCalendarStore::eventWithUID(const std::string& uid)
 /// whole folder in its place.
 Result<std::string> CalCalendarStore::contentsInFolder(CalCalendar& calendar,
                                                        const std::string& name) const {
-  if (!calendar.events_) calendar.events_ = files_.openFolder(eventsFolder(calendar));
-  auto contents =
-      calendar.events_->contentsOfFileItself(name, EventFile::kLimit, std::exchange(memory_, {}));
+  auto contents = openedEvents(calendar).contentsOfFileItself(name, EventFile::kLimit,
+                                                              std::exchange(memory_, {}));
   if (contents || contents.error().kind != Error::Kind::absent) return contents;
   return files_.contentsOfFileItself(eventsFolder(calendar) + "/" + name, EventFile::kLimit);
 }
@@ -61,10 +60,13 @@ std::optional<std::string> CalCalendarStore::loggedIfUnreadable(
 std::shared_ptr<CalEvent> CalCalendarStore::eventInFile(
     const std::shared_ptr<CalCalendar>& calendar, const std::string& name,
     const std::string& uid) const {
-  auto contents = loggedIfUnreadable(contentsInFolder(*calendar, name));
-  if (!contents) return nullptr;
-  const auto events = EventFile::events(*contents, zone_);
-  memory_ = *std::move(contents);
+  auto text = ahead_.take(openedEvents(*calendar), name);
+  if (!text) {
+    auto contents = loggedIfUnreadable(contentsInFolder(*calendar, name));
+    if (!contents) return nullptr;
+    text = memory_ = *std::move(contents);
+  }
+  const auto events = EventFile::events(*text, zone_);
   if (!events) {
     log_.write("Ignored, as it cannot be parsed: " + eventsFolder(*calendar) + "/" + name);
     return nullptr;
@@ -76,6 +78,17 @@ std::shared_ptr<CalEvent> CalCalendarStore::eventInFile(
     return event;
   }
   return nullptr;
+}
+
+void CalCalendarStore::readAhead(CalCalendar& calendar, std::vector<std::string> uids) {
+  std::erase_if(uids, [](const std::string& uid) { return !pathComponent(uid, "").ok(); });
+  for (std::string& uid : uids) uid += kSuffix;
+  ahead_.begin(openedEvents(calendar), std::move(uids));
+}
+
+const ReadableFolder& CalCalendarStore::openedEvents(CalCalendar& calendar) const {
+  if (!calendar.events_) calendar.events_ = files_.openFolder(eventsFolder(calendar));
+  return *calendar.events_;
 }
 
 void CalCalendarStore::forEachFile(const std::shared_ptr<CalCalendar>& calendar,

@@ -100,6 +100,7 @@ Result<void> CalCalendarStore::writeEventFile(const CalCalendar& calendar, const
                    "It would be larger than " + std::to_string(EventFile::kLimit) + " bytes.");
   }
   wrote_ = true;
+  ahead_.forget(nameOf(path));
   auto written = files_.writeAtomically(path, text);
   if (written || written.error().kind != Error::Kind::absent) return written;
   if (auto made = files_.createDirectory(eventsFolder(calendar)); !made) return made;
@@ -121,6 +122,7 @@ Result<void> CalCalendarStore::removeFromFile(const std::string& path, const std
   const auto rest = contents ? EventFile::without(*contents, uid) : std::nullopt;
   if (!rest) return changedMeanwhile(path);
   wrote_ = true;
+  ahead_.forget(nameOf(path));
   return rest->empty() ? files_.removeFile(path) : files_.writeAtomically(path, *rest);
 }
 

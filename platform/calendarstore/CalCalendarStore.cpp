@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/calendarstore/CalCalendarStoreParts.h"
+#include "platform/calendarstore/EventFile.h"
 #include "platform/foundation/PropertyList.h"
 #include "platform/foundation/UUID.h"
 
@@ -52,7 +53,8 @@ CalCalendarStore::CalCalendarStore(NSFileManager& files, const Clock& clock, Log
       zone_(std::move(zone)),
       home_(std::move(home)),
       root_(home_ + "/Library/Calendars"),
-      index_(std::make_unique<Index>()) {}
+      index_(std::make_unique<Index>()),
+      ahead_(EventFile::kLimit) {}
 
 CalCalendarStore::~CalCalendarStore() = default;
 

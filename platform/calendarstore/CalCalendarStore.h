@@ -13,6 +13,7 @@
 #include "platform/foundation/NSCalendarDate.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/ReadAhead.h"
 
 namespace annivo {
 
@@ -64,6 +65,9 @@ class CalCalendarStore {
   /// that names the file, when its file cannot be read or parsed. Found by file name first
   /// ("<uid>.ics"), and only where that fails by an index over all files, built once.
   [[nodiscard]] std::shared_ptr<CalEvent> eventWithUID(const std::string& uid);
+  /// Tells for which UIDs eventWithUID will be asked next but for those of the last call, so that
+  /// their events, where they lie in that calendar, are read meanwhile. No result depends on it.
+  void readAhead(CalCalendar& calendar, std::vector<std::string> uids);
   /// Writes a new event into its calendar, or the changed properties of one that is in the store
   /// into its file, all other lines of which stay byte for byte. The error names the file. A file
   /// above the limit is refused.
@@ -107,6 +111,7 @@ class CalCalendarStore {
   [[nodiscard]] std::shared_ptr<CalEvent> eventInFile(const std::shared_ptr<CalCalendar>& calendar,
                                                       const std::string& name,
                                                       const std::string& uid) const;
+  const ReadableFolder& openedEvents(CalCalendar& calendar) const;
   void forEachFile(const std::shared_ptr<CalCalendar>& calendar,
                    const std::function<void(const std::string& name)>& visit) const;
   void forEachEvent(const std::shared_ptr<CalCalendar>& calendar,
@@ -129,6 +134,7 @@ class CalCalendarStore {
   bool wrote_ = false;
   std::unique_ptr<Folders> folders_;
   std::unique_ptr<Index> index_;
+  mutable ReadAhead ahead_;  ///< goes before the folders that it reads
 };
 
 }  // namespace annivo

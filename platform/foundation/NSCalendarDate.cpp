@@ -7,7 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <optional>
+#include <mutex>
+#include <utility>
 
 #include "platform/foundation/PosixZone.h"
 
@@ -31,20 +32,23 @@ cctz::time_zone loadZone(const std::string& name) {
 
 // The zone's file is read when the first date is converted: many runs convert none.
 struct NSTimeZone::Rules {
-  std::string name;
-  mutable std::optional<cctz::time_zone> loaded;
+  explicit Rules(std::string zoneName) : name(std::move(zoneName)) {}
 
   [[nodiscard]] const cctz::time_zone& zone() const {
-    if (!loaded) loaded = loadZone(name);
-    return *loaded;
+    std::call_once(once, [this] { loaded = loadZone(name); });
+    return loaded;
   }
+
+ private:
+  std::string name;
+  mutable std::once_flag once;
+  mutable cctz::time_zone loaded;
 };
 
 NSTimeZone::NSTimeZone() : NSTimeZone("UTC") {}
 
 NSTimeZone::NSTimeZone(const std::string& name)
-    : rules_(std::make_shared<const Rules>(
-          Rules{.name = name.starts_with(':') ? name.substr(1) : name, .loaded = {}})) {}
+    : rules_(std::make_shared<const Rules>(name.starts_with(':') ? name.substr(1) : name)) {}
 
 NSTimeZone NSTimeZone::system(const std::string& tz) {
   return NSTimeZone(tz.empty() ? "/etc/localtime" : tz);

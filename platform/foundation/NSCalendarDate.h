@@ -22,7 +22,7 @@ struct CivilTime {
   friend auto operator<=>(const CivilTime&, const CivilTime&) = default;
 };
 
-/// A time zone of the system's zone database. Cheap to copy.
+/// A time zone of the system's zone database. Cheap to copy; may be used by several threads.
 class NSTimeZone {
  public:
   /// UTC.

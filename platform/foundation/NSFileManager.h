@@ -49,6 +49,8 @@ class ReadableFolder {
   [[nodiscard]] virtual Result<std::string> contentsOfFileItself(const std::string& name,
                                                                  std::size_t limit,
                                                                  std::string memory) const = 0;
+  /// Whether one other thread may read here while all goes on.
+  [[nodiscard]] virtual bool mayBeReadByAnotherThread() const { return false; }
 };
 
 /// A held lock; released on destruction (and by the system when the process ends).
