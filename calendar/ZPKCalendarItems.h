@@ -73,6 +73,8 @@ class ZPKCalendarItems {
     std::string uid;  ///< of the source date
   };
   void addBasicEvent(const BasicEvent& event);
+  /// Tells that there will be events to add, so that the ledger is read meanwhile.
+  void expectEvents() { coreDataSpace->expectLedger(); }
   /// Tells which events addBasicEvent will be given next but for those of the last call, so that
   /// what the calendar holds of them is read meanwhile. Nothing else depends on it.
   void expectBasicEvents(const std::vector<std::vector<BasicEvent>>& events);

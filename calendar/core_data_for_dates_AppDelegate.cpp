@@ -86,6 +86,11 @@ core_data_for_dates_AppDelegate::Ledger core_data_for_dates_AppDelegate::readLed
   return *ledger_;
 }
 
+void core_data_for_dates_AppDelegate::expectLedger() {
+  NSPersistentStoreCoordinator* coordinator = persistentStoreCoordinator();
+  if (coordinator && coordinator->store()) coordinator->store()->beginLoading();
+}
+
 bool core_data_for_dates_AppDelegate::saveAction() {
   NSManagedObjectContext* context = managedObjectContext();
   if (!context) return false;

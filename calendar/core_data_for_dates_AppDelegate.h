@@ -43,6 +43,8 @@ class core_data_for_dates_AppDelegate {
   };
   /// Reads the ledger at the first call. What is wrong with it is presented.
   Ledger readLedger();
+  /// Begins to read it on another thread.
+  void expectLedger();
   [[nodiscard]] bool ledgerIsRead() const { return ledger_.has_value(); }
   /// `saveAction:`. A failure is presented; the changes stay in memory. Whether it was saved.
   bool saveAction();

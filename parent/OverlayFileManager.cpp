@@ -42,14 +42,9 @@ class OverlayFileManager::Folder final : public ReadableFolder {
       : files_(files), path_(std::move(path)), base_(files.base_.openFolder(path_)) {}
   Result<std::string> contentsOfFileItself(const std::string& name, std::size_t limit,
                                            std::string memory) const override {
-    {
-      const std::string path = path_ + "/" + name;
-      const std::scoped_lock lock(files_.changing_);
-      if (files_.find(path)) return files_.contentsAtPath(path, limit);
-    }
+    if (auto own = files_.ownContents(path_ + "/" + name, limit)) return *std::move(own);
     return base_->contentsOfFileItself(name, limit, std::move(memory));
   }
-  bool mayBeReadByAnotherThread() const override { return base_->mayBeReadByAnotherThread(); }
 
  private:
   const OverlayFileManager& files_;
@@ -104,30 +99,42 @@ std::vector<std::string> OverlayFileManager::changedFiles() const {
 
 Result<FileAttributes> OverlayFileManager::attributesAtPath(const std::string& path,
                                                             Links links) const {
-  const Entry* found = find(path);
-  if (!found) return base_.attributesAtPath(path, links);
-  if (found->kind == Entry::Kind::removed) return errorFromErrno(ENOENT, "read", path);
-  const bool file = found->kind == Entry::Kind::file;
-  return FileAttributes{.type = file ? FileType::regular : FileType::directory,
-                        .size = found->bytes.size(),
-                        .modificationDate = found->modificationDate,
-                        .permissions = static_cast<mode_t>(file ? 0600 : 0700)};
+  {
+    const std::scoped_lock lock(changing_);
+    if (const Entry* found = find(path)) {
+      if (found->kind == Entry::Kind::removed) return errorFromErrno(ENOENT, "read", path);
+      const bool file = found->kind == Entry::Kind::file;
+      return FileAttributes{.type = file ? FileType::regular : FileType::directory,
+                            .size = found->bytes.size(),
+                            .modificationDate = found->modificationDate,
+                            .permissions = static_cast<mode_t>(file ? 0600 : 0700)};
+    }
+  }
+  return base_.attributesAtPath(path, links);
 }
 
-Result<std::string> OverlayFileManager::contentsAtPath(const std::string& path,
-                                                       std::size_t limit) const {
+std::optional<Result<std::string>> OverlayFileManager::ownContents(const std::string& path,
+                                                                   std::size_t limit) const {
+  const std::scoped_lock lock(changing_);
   const Entry* found = find(path);
-  if (!found) return base_.contentsAtPath(path, limit);
+  if (!found) return std::nullopt;
   if (found->kind == Entry::Kind::removed) return errorFromErrno(ENOENT, "read", path);
   if (found->kind == Entry::Kind::directory) return errorFromErrno(EISDIR, "read", path);
   if (found->bytes.size() > limit) return errorFromErrno(EFBIG, "read", path);
   return found->bytes;
 }
 
+Result<std::string> OverlayFileManager::contentsAtPath(const std::string& path,
+                                                       std::size_t limit) const {
+  if (auto own = ownContents(path, limit)) return *std::move(own);
+  return base_.contentsAtPath(path, limit);
+}
+
 Result<std::string> OverlayFileManager::contentsOfFileItself(const std::string& path,
                                                              std::size_t limit) const {
   // What is kept in memory is no link.
-  return find(path) ? contentsAtPath(path, limit) : base_.contentsOfFileItself(path, limit);
+  if (auto own = ownContents(path, limit)) return *std::move(own);
+  return base_.contentsOfFileItself(path, limit);
 }
 
 std::unique_ptr<ReadableFolder> OverlayFileManager::openFolder(const std::string& path) const {

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -47,6 +48,7 @@ class OverlayFileManager final : public NSFileManager {
   Result<void> rename(const std::string& from, const std::string& to) override;
   Result<void> synchronize(const std::string&) override { return {}; }
   Result<std::unique_ptr<FileLock>> lock(const std::string& path) override;
+  bool mayBeReadByAnotherThread() const override { return base_.mayBeReadByAnotherThread(); }
 
  private:
   struct Entry {
@@ -58,6 +60,9 @@ class OverlayFileManager final : public NSFileManager {
   class Folder;
 
   [[nodiscard]] const Entry* find(const std::string& path) const;
+  /// Of a file that this holds or hides; nothing when the base has to say.
+  [[nodiscard]] std::optional<Result<std::string>> ownContents(const std::string& path,
+                                                               std::size_t limit) const;
   Entry& entry(const std::string& path);
   /// Only of a folder that the base does not have.
   Result<void> renameDirectory(const std::string& from, const std::string& to);
@@ -75,7 +80,7 @@ class OverlayFileManager final : public NSFileManager {
   };
   /// By folder.
   std::unordered_map<std::string, Entries, TextHash, std::equal_to<>> folders_;
-  /// Held while folders_ changes, and by the folders of openFolder while they look into it.
+  /// Held while folders_ changes, and while files are read, which another thread may do.
   mutable std::mutex changing_;
 };
 

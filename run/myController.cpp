@@ -56,6 +56,7 @@ myController::Decision myController::decide() {
 
 void myController::pass() {
   log("Starting to add");
+  myCalendarItems->expectEvents();
   theDates = std::make_unique<ZPKAddressBookDates>(platform_);
 
   const std::string anniversaryUID = appPrefs->text("aneeCalUID");

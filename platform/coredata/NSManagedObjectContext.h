@@ -30,6 +30,8 @@ class NSPersistentStore {
   virtual ~NSPersistentStore() = default;
   /// Reads the content, if that has not been done; every other operation does it first.
   virtual Result<void> load() = 0;
+  /// May begin with what load() has to do, on another thread.
+  virtual void beginLoading() {}
   /// After load: why a file that was found has to be set aside, which the first save or close does
   /// (the store then lacks what it held); nothing when all is well.
   [[nodiscard]] virtual const std::optional<Error>& damage() const = 0;

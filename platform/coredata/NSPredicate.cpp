@@ -314,6 +314,10 @@ NSPredicate NSPredicateFormat::with(std::vector<PropertyList> arguments) const {
   return predicate;
 }
 
+bool NSPredicate::Comparison::holds(const PropertyList& left) const {
+  return annivo::holds(left, op, *value);
+}
+
 bool NSPredicate::evaluate(const Lookup& valueForKey) const {
   return evaluateNode(*root_, arguments_, valueForKey);
 }

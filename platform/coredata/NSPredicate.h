@@ -59,6 +59,8 @@ class NSPredicate {
     std::string_view attribute;
     Operator op;
     const PropertyList* value;  ///< nil for `nil`
+    /// Whether it holds where the attribute has that value.
+    [[nodiscard]] bool holds(const PropertyList& left) const;
   };
   /// The comparisons when the predicate is nothing but comparisons joined by AND; else nothing.
   [[nodiscard]] std::optional<std::vector<Comparison>> conjunction() const;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <system_error>
 
 #include "platform/coredata/ContentHash.h"
 #include "platform/coredata/XMLPersistentStore.h"
@@ -24,8 +25,17 @@ std::string compactTime(Date date) {
 }  // namespace
 
 Result<void> XMLPersistentStore::load() {
-  if (!loaded_) loaded_ = read();
+  if (!loaded_) loaded_ = loading_.valid() ? loading_.get() : read();
   return *loaded_;
+}
+
+void XMLPersistentStore::beginLoading() {
+  if (loaded_ || loading_.valid() || !files_.mayBeReadByAnotherThread()) return;
+  try {
+    loading_ = std::async(std::launch::async, [this] { return read(); });
+  } catch (const std::system_error&) {
+    // Without another thread, load() does it.
+  }
 }
 
 Result<std::optional<XMLPersistentStore::Stamp>> XMLPersistentStore::stampOf(

@@ -24,19 +24,18 @@ XMLPersistentStore::XMLPersistentStore(const NSManagedObjectModel& model,
 
 Result<std::vector<NSManagedObject*>> XMLPersistentStore::execute(const NSFetchRequest& request) {
   if (auto loaded = load(); !loaded) return loaded.error();
-  const auto matches = [&](const XMLStoreRow& row) {
-    return !row.removed && model_.isKindOf(row.entity(), request.entity) &&
-           (!request.predicate ||
-            request.predicate->evaluate([&](std::string_view attribute) -> const PropertyList& {
-              return row.valueForKey(attribute);
-            }));
+  const auto isAsked = [&](const XMLStoreRow& row) {
+    return !row.removed && model_.isKindOf(row.entity(), request.entity);
   };
   std::vector<NSManagedObject*> found;
-  auto comparisons = request.predicate ? request.predicate->conjunction() : std::nullopt;
+  const auto comparisons = request.predicate ? request.predicate->conjunction() : std::nullopt;
   if (comparisons) {
-    if (auto candidates = index_.candidates(std::move(*comparisons), content_.rows)) {
+    if (const auto candidates = index_.candidates(*comparisons, content_.rows)) {
       for (XMLStoreRow* row : *candidates) {
-        if (matches(*row)) found.push_back(row);
+        const auto holds = [&](const auto& one) { return one.holds(row->valueForKey(one.attribute)); };
+        if (isAsked(*row) && std::all_of(comparisons->begin(), comparisons->end(), holds)) {
+          found.push_back(row);
+        }
       }
       const auto byID = [](const auto* a, const auto* b) { return a->objectID() < b->objectID(); };
       std::sort(found.begin(), found.end(), byID);
@@ -45,7 +44,12 @@ Result<std::vector<NSManagedObject*>> XMLPersistentStore::execute(const NSFetchR
     }
   }
   for (XMLStoreRow& row : content_.rows) {
-    if (matches(row)) found.push_back(&row);
+    const auto valueForKey = [&](std::string_view attribute) -> const PropertyList& {
+      return row.valueForKey(attribute);
+    };
+    if (isAsked(row) && (!request.predicate || request.predicate->evaluate(valueForKey))) {
+      found.push_back(&row);
+    }
   }
   return found;
 }

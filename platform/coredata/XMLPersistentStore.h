@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,6 +32,7 @@ class XMLPersistentStore final : public NSPersistentStore {
                      std::string path);
 
   Result<void> load() override;
+  void beginLoading() override;
   const std::optional<Error>& damage() const override { return damage_; }
   bool isNew() const override { return !fileStamp_ && !damage_; }
   std::vector<std::string> notes() const override { return content_.notes; }
@@ -91,6 +93,7 @@ class XMLPersistentStore final : public NSPersistentStore {
   std::optional<Stamp> fileStamp_;            ///< nothing: there is no file
   std::optional<std::uint64_t> journalSize_;  ///< nothing: there is no journal
   std::unique_ptr<AppendingFile> journal_;
+  std::future<Result<void>> loading_;  ///< while it runs, all but this is its own
 };
 
 }  // namespace annivo

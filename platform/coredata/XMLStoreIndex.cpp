@@ -64,11 +64,9 @@ void XMLStoreIndex::link(std::uint32_t entry) {
   first = entry;
 }
 
-std::optional<std::vector<XMLStoreRow*>> XMLStoreIndex::candidates(
-    std::vector<Comparison> comparisons, std::deque<XMLStoreRow>& rows) {
+std::optional<std::span<XMLStoreRow* const>> XMLStoreIndex::candidates(
+    const std::vector<Comparison>& comparisons, std::deque<XMLStoreRow>& rows) {
   if (!std::all_of(comparisons.begin(), comparisons.end(), isHelpful)) return std::nullopt;
-  std::sort(comparisons.begin(), comparisons.end(),
-            [](const auto& a, const auto& b) { return a.attribute < b.attribute; });
   if (attributes_.empty()) {
     for (const auto& comparison : comparisons) attributes_.emplace_back(comparison.attribute);
     entries_.reserve(rows.size());
@@ -84,11 +82,11 @@ std::optional<std::vector<XMLStoreRow*>> XMLStoreIndex::candidates(
 
   std::size_t key = 0;
   for (const auto& comparison : comparisons) key = combined(key, hashOf(*comparison.value));
-  std::vector<XMLStoreRow*> found;
+  found_.clear();
   for (auto i = chains_.empty() ? kNoEntry : chain(key); i != kNoEntry; i = entries_[i].next) {
-    if (entries_[i].key == key) found.push_back(entries_[i].row);
+    if (entries_[i].key == key) found_.push_back(entries_[i].row);
   }
-  return found;
+  return found_;
 }
 
 }  // namespace annivo

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -19,9 +20,10 @@ namespace annivo {
 class XMLStoreIndex {
  public:
   /// The rows, without order or with doubles, that a conjunction of equalities and of LIKEs without
-  /// wildcards can match; nothing when it is another kind of condition or about other attributes.
-  [[nodiscard]] std::optional<std::vector<XMLStoreRow*>> candidates(
-      std::vector<NSPredicate::Comparison> comparisons, std::deque<XMLStoreRow>& rows);
+  /// wildcards can match; nothing when it is another kind of condition, or about other attributes
+  /// or in another order than that of the first fetch. Valid until the next call.
+  [[nodiscard]] std::optional<std::span<XMLStoreRow* const>> candidates(
+      const std::vector<NSPredicate::Comparison>& comparisons, std::deque<XMLStoreRow>& rows);
   /// Tells that a row is new or that a value of it has changed or is about to.
   void rowChanged(XMLStoreRow& row) {
     if (!attributes_.empty() && (stale_.empty() || stale_.back() != &row)) stale_.push_back(&row);
@@ -40,10 +42,11 @@ class XMLStoreIndex {
   void add(XMLStoreRow& row);
   void link(std::uint32_t entry);
 
-  std::vector<std::string> attributes_;  ///< sorted; empty before the first use
+  std::vector<std::string> attributes_;  ///< empty before the first use
   std::vector<Entry> entries_;
   std::vector<std::uint32_t> chains_;  ///< the first entry of each; a power of two of them
   std::vector<XMLStoreRow*> stale_;
+  std::vector<XMLStoreRow*> found_;
 };
 
 }  // namespace annivo

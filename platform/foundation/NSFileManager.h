@@ -49,8 +49,6 @@ class ReadableFolder {
   [[nodiscard]] virtual Result<std::string> contentsOfFileItself(const std::string& name,
                                                                  std::size_t limit,
                                                                  std::string memory) const = 0;
-  /// Whether one other thread may read here while all goes on.
-  [[nodiscard]] virtual bool mayBeReadByAnotherThread() const { return false; }
 };
 
 /// A held lock; released on destruction (and by the system when the process ends).
@@ -101,6 +99,9 @@ class NSFileManager {
   /// Waits for the exclusive lock on a file, creating it.
   virtual Result<std::unique_ptr<FileLock>> lock(const std::string& path) = 0;
 
+  /// Whether another thread may read files while this one goes on.
+  [[nodiscard]] virtual bool mayBeReadByAnotherThread() const { return false; }
+
   // The rest stands on the operations above.
   [[nodiscard]] bool fileExistsAtPath(const std::string& path) const;
   /// createDirectory for `path` and every missing folder above it, up to but not above `root`,
@@ -125,6 +126,7 @@ class PosixFileManager final : public NSFileManager {
   Result<void> rename(const std::string& from, const std::string& to) override;
   Result<void> synchronize(const std::string& path) override;
   Result<std::unique_ptr<FileLock>> lock(const std::string& path) override;
+  bool mayBeReadByAnotherThread() const override { return true; }
 };
 
 /// A depth-first walk that yields paths relative to its root, parents before their contents, the

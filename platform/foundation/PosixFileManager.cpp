@@ -193,7 +193,6 @@ class PosixFolder final : public ReadableFolder {
     return readFile(
         file, limit, [&] { return path_ + "/" + name; }, std::move(memory));
   }
-  bool mayBeReadByAnotherThread() const override { return true; }
 
  private:
   Descriptor folder_;

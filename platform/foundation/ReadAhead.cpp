@@ -36,7 +36,7 @@ void ReadAhead::begin(const ReadableFolder& folder, std::vector<std::string> nam
   ready_ = coming_.valid() ? coming_.get() : Batch{};
   for (const std::string& name : std::exchange(changed_, {})) (void)ready_.take(name);
   ready_.next = 0;
-  if (names.empty() || !folder.mayBeReadByAnotherThread()) return;
+  if (names.empty()) return;
   batch.files.reserve(names.size());
   for (std::string& name : names) batch.files.push_back({.name = std::move(name)});
   try {

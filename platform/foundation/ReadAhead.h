@@ -21,8 +21,7 @@ class ReadAhead {
   explicit ReadAhead(std::size_t limit) : limit_(limit) {}
 
   /// Begins to read the files of those names in `folder`, which outlives this, and makes ready for
-  /// take() what the last call began; what that call made ready is dropped. Begins nothing for a
-  /// folder that only one thread may read.
+  /// take() what the last call began; what that call made ready is dropped.
   void begin(const ReadableFolder& folder, std::vector<std::string> names);
   /// The content of a file, once, valid until the next begin(); nothing when it is not there.
   /// Cheapest in the order of the names.
