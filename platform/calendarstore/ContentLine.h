@@ -36,10 +36,11 @@ class ContentLine {
 
   /// Whether this is the property of that (upper-case) name; case does not matter.
   [[nodiscard]] bool named(std::string_view upperCaseName) const {
-    // Few lines get beyond the first condition.
+    // Few lines get beyond the first two conditions.
     const std::size_t size = upperCaseName.size();
-    if (content_.size() <= size || (content_[size] != ':' && content_[size] != ';')) return false;
-    return isNamed(upperCaseName);
+    constexpr unsigned kCaseBit = 0x20;
+    return content_.size() > size && (content_[size] == ':' || content_[size] == ';') &&
+           ((content_[0] ^ upperCaseName[0]) & ~kCaseBit) == 0 && isNamed(upperCaseName);
   }
   /// The value of the first parameter of that (upper-case) name, without its quotes.
   [[nodiscard]] std::optional<std::string_view> parameter(std::string_view upperCaseName) const;

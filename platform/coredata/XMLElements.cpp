@@ -87,8 +87,31 @@ Result<std::optional<XMLElements::Element>> XMLElements::next() {
     if (at_ != text_.size()) return malformed("More follows its root element.");
     return std::optional<Element>();
   }
+  const std::string_view name = nameAt(begin + 1);
+  if (!skipPlainElement(name)) {
+    if (auto skipped = skipElement(); !skipped) return skipped.error();
+  }
+  return std::optional(Element{name, begin, at_});
+}
+
+bool XMLElements::skipPlainElement(std::string_view name) {
+  for (std::size_t tag = text_.find('<', at_ + 1); tag != npos; tag = text_.find('<', tag + 1)) {
+    std::string_view rest = text_.substr(tag + 1);
+    if (rest.starts_with('!') || rest.starts_with('?') || rest.starts_with(name)) return false;
+    if (!rest.starts_with('/')) continue;
+    rest.remove_prefix(1);
+    if (!rest.starts_with(name)) continue;
+    rest.remove_prefix(name.size());
+    if (!rest.starts_with('>')) return false;
+    at_ = text_.size() - rest.size() + 1;
+    return true;
+  }
+  return false;
+}
+
+Result<void> XMLElements::skipElement() {
   std::size_t depth = 0;
-  do {
+  for (;;) {
     const bool opens = at_ + 1 < text_.size() && text_[at_ + 1] != '!' && text_[at_ + 1] != '?';
     const bool closes = opens && text_[at_ + 1] == '/';
     if (!skipMarkup()) return malformed("It ends within a tag.");
@@ -97,11 +120,10 @@ Result<std::optional<XMLElements::Element>> XMLElements::next() {
     } else if (opens && text_[at_ - 2] != '/') {
       ++depth;
     }
-    if (depth == 0) break;
+    if (depth == 0) return {};
     at_ = text_.find('<', at_);
     if (at_ == npos) return malformed("It ends within an object.");
-  } while (true);
-  return std::optional(Element{nameAt(begin + 1), begin, at_});
+  }
 }
 
 }  // namespace annivo

@@ -39,6 +39,11 @@ class XMLElements {
   bool skipMiscellany();
   /// Goes over what begins with "<" at the present place; false when it does not end.
   bool skipMarkup();
+  /// Goes over the element of that name that begins at the present place when that takes a look at
+  /// its tags' names only: when it holds no comment and the like and none of its own name.
+  bool skipPlainElement(std::string_view name);
+  /// Whatever it holds.
+  Result<void> skipElement();
   /// Goes over a document type without declarations of its own.
   bool skipDocumentType();
   [[nodiscard]] bool at(std::string_view token) const {

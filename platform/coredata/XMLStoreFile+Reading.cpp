@@ -90,15 +90,17 @@ PropertyList attributeValue(AttributeType type, std::string_view storedAs, std::
 template <typename Take>
 bool readAttributes(const pugi::xml_node& object, const NSEntityDescription& entity, Take take) {
   bool readable = true;
+  const std::size_t count = entity.attributes.size();
+  std::size_t likely = 0;  // Files have them in the model's order.
   for (auto child = object.first_child(); child; child = child.next_sibling()) {
     if (std::string_view(child.name()) != "attribute") continue;
     const std::string_view name = child.attribute("name").value();
-    for (std::size_t i = 0; i < entity.attributes.size(); ++i) {
-      const auto& attribute = entity.attributes[i];
+    for (std::size_t tried = 0; tried < count; ++tried, likely = (likely + 1) % count) {
+      const auto& attribute = entity.attributes[likely];
       if (!isFolded<lower>(name, attribute.name)) continue;
       auto value = attributeValue(attribute.type, child.attribute("type").value(), textOf(child));
       readable = readable && !value.isNil();
-      take(i, std::move(value));
+      take(likely, std::move(value));
       break;
     }
   }
