@@ -7,6 +7,36 @@
 
 namespace annivo {
 
+namespace {
+
+/// Tells which UIDs are in a list. Those that are asked for in about the list's order, as the
+/// ledger's are, are found without a search.
+class RetainedUIDs {
+ public:
+  explicit RetainedUIDs(const std::vector<std::string>& list) : list_(list), next_(list.begin()) {}
+
+  bool contains(const std::string& uid) {
+    constexpr std::ptrdiff_t kNear = 4;
+    const auto near = next_ + std::min(kNear, list_.end() - next_);
+    if (const auto found = std::find(next_, near, uid); found != near) {
+      next_ = found + 1;
+      return true;
+    }
+    if (sorted_.empty()) {
+      sorted_.assign(list_.begin(), list_.end());
+      std::sort(sorted_.begin(), sorted_.end());
+    }
+    return std::binary_search(sorted_.begin(), sorted_.end(), uid);
+  }
+
+ private:
+  const std::vector<std::string>& list_;
+  std::vector<std::string>::const_iterator next_;
+  std::vector<std::string_view> sorted_;
+};
+
+}  // namespace
+
 Date ZPKCalendarItems::currentDateOffsetByYears(std::int32_t years) const {
   return NSCalendarDate(platform_.clock().now(), platform_.defaultTimeZone())
       .dateByAddingYears(years);
@@ -16,16 +46,13 @@ void ZPKCalendarItems::removeOtherEvents() {
   static const auto after = NSPredicateFormat::parse("(date > %@)");
   static const auto atOrBefore = NSPredicateFormat::parse("(date <= %@)");
   const Date horizon = currentDateOffsetByYears(-1);
-  std::vector<std::string_view> retained(theRetainedEventUIDs.begin(), theRetainedEventUIDs.end());
-  std::sort(retained.begin(), retained.end());
+  RetainedUIDs retained(theRetainedEventUIDs);
 
   logOptionally(platform_, "Deleting old events 1");
   if (const auto records = dataFetchedWithPredicate(after.with({horizon}))) {
     for (NSManagedObject* record : *records) {
       const auto* eventUID = record->valueForKey("iCalUID").string();
-      if (eventUID && std::binary_search(retained.begin(), retained.end(), *eventUID)) {
-        continue;
-      }
+      if (eventUID && retained.contains(*eventUID)) continue;
       removeRecordAndEvent(*record, "Removing current event: ");
     }
   }
