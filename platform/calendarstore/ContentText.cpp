@@ -2,6 +2,7 @@
 #include "platform/calendarstore/ContentText.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "platform/foundation/Unicode.h"
@@ -11,12 +12,18 @@ namespace {
 
 constexpr std::size_t kLineOctets = 75;
 
-bool isASCII(std::string_view text) {
-  return std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
+constexpr bool isAlphanumeric(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-bool isAlphanumeric(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+/// Letters, digits and those in `plain`, by their code.
+constexpr std::array<bool, 256> characters(std::string_view plain) {
+  std::array<bool, 256> table{};
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    const char c = static_cast<char>(i);
+    table[i] = isAlphanumeric(c) || plain.find(c) != plain.npos;
+  }
+  return table;
 }
 
 int hexDigit(char c) {
@@ -67,8 +74,10 @@ std::string decoded(std::string_view text, char escape) {
   return out;
 }
 
-/// Printable ASCII that has no meaning of its own in a value of type TEXT.
+/// What has no meaning of its own in a value of type TEXT and is no part of a control character or
+/// line break, wherever in valid UTF-8 it stands.
 constexpr auto standsForItself = [](char c) {
+  if ((c & 0x80) != 0) return c != '\xC2' && c != '\xE2';
   return c >= ' ' && c <= '~' && c != '\\' && c != ';' && c != ',';
 };
 
@@ -112,7 +121,7 @@ void appendContentLine(std::string& out, std::string_view head, std::string_view
 
 std::string escapedText(std::string_view text) {
   std::string repaired;
-  if (!isASCII(text)) {
+  if (!isValidUTF8(text)) {
     repaired = repairedUTF8(text);
     text = repaired;
   }
@@ -153,10 +162,10 @@ std::string unescapedText(std::string_view value) {
 }
 
 std::string escapedURI(std::string_view uri) {
-  constexpr std::string_view allowed = "-._~:/?#[]@!$&'()*+,;=";
+  static constexpr auto allowed = characters("-._~:/?#[]@!$&'()*+,;=");
   std::string out;
   out.reserve(uri.size());
-  const auto isAllowed = [&](char c) { return isAlphanumeric(c) || allowed.find(c) != allowed.npos; };
+  constexpr auto isAllowed = [](char c) { return allowed[static_cast<unsigned char>(c)]; };
   for (std::size_t i = 0; i < uri.size(); ++i) {
     const auto stop = std::find_if_not(uri.begin() + i, uri.end(), isAllowed);
     out.append(uri.begin() + i, stop);
@@ -183,12 +192,14 @@ std::string underscoreEncoded(std::string_view bytes, std::string_view plain) {
 
 std::string underscoreDecoded(std::string_view text) { return decoded(text, '_'); }
 
-std::string plainestText(std::string_view text) {
-  const std::string plain = unescapedText(escapedText(text));
-  const std::size_t start = plain.find_first_not_of(" \t\n");
-  if (start == plain.npos) return {};
-  return plain.substr(start, plain.find_last_not_of(" \t\n") + 1 - start);
+std::string plainestReading(std::string_view value) {
+  constexpr std::string_view space = " \t\n";
+  std::string plain = unescapedText(value);
+  plain.erase(plain.find_last_not_of(space) + 1);
+  return plain.erase(0, plain.find_first_not_of(space));
 }
+
+std::string plainestText(std::string_view text) { return plainestReading(escapedText(text)); }
 
 std::string exactParameter(std::string_view text) {
   return std::string(";").append(kExactParameter) + "=" + underscoreEncoded(text);

@@ -38,8 +38,10 @@ void appendContentLine(std::string& out, std::string_view head, std::string_view
 /// nearest value that can be said. It counts only while value and parameter agree, so that a value
 /// which another program changed is believed.
 inline constexpr std::string_view kExactParameter = "X-ANNIVO-EXACT";
-/// What is left of a text on its way through any reader: escaped and unescaped, without the white
-/// space at its ends, which some readers strip.
+/// What any reader finds in a value of type TEXT: it without the white space at its ends, which
+/// some readers strip.
+[[nodiscard]] std::string plainestReading(std::string_view value);
+/// What is left of a text on its way through any reader.
 [[nodiscard]] std::string plainestText(std::string_view text);
 /// ";X-ANNIVO-EXACT=…" for that text.
 [[nodiscard]] std::string exactParameter(std::string_view text);

@@ -155,12 +155,14 @@ std::string utcText(Date date) {
   return text += 'Z';
 }
 
-std::optional<std::string> dayText(Date date, int days, const NSTimeZone& zone) {
+std::chrono::sys_days dayOf(Date date, const NSTimeZone& zone) {
   const CivilTime c = zone.civil(date);
-  const std::chrono::year_month_day civil{std::chrono::year{static_cast<int>(c.year)},
-                                          std::chrono::month{static_cast<unsigned>(c.month)},
-                                          std::chrono::day{static_cast<unsigned>(c.day)}};
-  const auto day = std::chrono::sys_days{civil} + std::chrono::days{days};
+  return std::chrono::year_month_day{std::chrono::year{static_cast<int>(c.year)},
+                                     std::chrono::month{static_cast<unsigned>(c.month)},
+                                     std::chrono::day{static_cast<unsigned>(c.day)}};
+}
+
+std::optional<std::string> dayText(std::chrono::sys_days day) {
   if (day < kEarliestDate || day > kLatestDate) return std::nullopt;
   return basicDay(day);
 }
@@ -181,10 +183,11 @@ std::optional<EventTime> dateValue(const ContentLine& line, const NSTimeZone& de
 }
 
 std::string identityText(const LedgerIdentity& identity, const std::string& eventUID) {
-  constexpr std::string_view plain = ":@";
-  return std::to_string(identity.date.time_since_epoch().count()) + '/' +
-         underscoreEncoded(identity.calendarUID, plain) + '/' +
-         underscoreEncoded(identity.myUID, plain) + '/' + underscoreEncoded(eventUID, plain);
+  std::string text = std::to_string(identity.date.time_since_epoch().count());
+  for (const std::string* uid : {&identity.calendarUID, &identity.myUID, &eventUID}) {
+    (text += '/').append(underscoreEncoded(*uid, ":@"));
+  }
+  return text;
 }
 
 std::optional<IdentityValue> identityFromText(std::string_view text) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -20,8 +21,10 @@ namespace annivo {
 
 /// "20261120T184600Z"
 [[nodiscard]] std::string utcText(Date date);
-/// "20261120", moved by that many days; nothing where the day lies outside the years 1 to 9999.
-[[nodiscard]] std::optional<std::string> dayText(Date date, int days, const NSTimeZone& zone);
+/// The day on which a moment falls.
+[[nodiscard]] std::chrono::sys_days dayOf(Date date, const NSTimeZone& zone);
+/// "20261120"; nothing where the day lies outside the years 1 to 9999.
+[[nodiscard]] std::optional<std::string> dayText(std::chrono::sys_days day);
 
 /// The value of DTSTART or DTEND: a day (its midnight in `defaultZone`), a moment in UTC, in a zone
 /// of the system's database, or in `defaultZone` (no TZID, or one that cannot name a zone). Nothing

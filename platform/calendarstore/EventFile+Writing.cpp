@@ -38,14 +38,14 @@ std::string contentLine(const std::string& head, std::string_view value, std::st
 std::string titleLine(const std::string& title, std::string_view lineEnd) {
   const std::string value = escapedText(title);
   std::string head = "SUMMARY";
-  if (plainestText(title) != title) head += exactParameter(title);
+  if (plainestReading(value) != title) head += exactParameter(title);
   return contentLine(head, value, lineEnd);
 }
 
 std::string startLine(Date start, bool allDay, const NSTimeZone& zone, std::string_view lineEnd) {
   if (!allDay) return contentLine("DTSTART", utcText(start), lineEnd);
-  const std::string held = start < kReferenceDate ? "00010101" : "99991231";
-  return contentLine("DTSTART;VALUE=DATE", dayText(start, 0, zone).value_or(held), lineEnd);
+  const char* const held = start < kReferenceDate ? "00010101" : "99991231";
+  return contentLine("DTSTART;VALUE=DATE", dayText(dayOf(start, zone)).value_or(held), lineEnd);
 }
 
 /// DTEND; empty where the event has none, and where it would not lie after the start or lie beyond
@@ -54,9 +54,9 @@ std::string endLine(Date start, std::optional<Date> end, bool allDay, const NSTi
                     std::string_view lineEnd) {
   if (!end) return {};
   if (!allDay) return *end > start ? contentLine("DTEND", utcText(*end), lineEnd) : std::string();
-  const auto last = dayText(*end, 0, zone);
-  const auto after = dayText(*end, 1, zone);
-  if (!after || last < dayText(start, 0, zone)) return {};
+  const auto last = dayOf(*end, zone);
+  const auto after = dayText(last + std::chrono::days{1});
+  if (!after || last < dayOf(start, zone)) return {};
   return contentLine("DTEND;VALUE=DATE", *after, lineEnd);
 }
 

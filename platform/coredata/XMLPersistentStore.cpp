@@ -32,7 +32,9 @@ Result<std::vector<NSManagedObject*>> XMLPersistentStore::execute(const NSFetchR
   if (comparisons) {
     if (const auto candidates = index_.candidates(*comparisons, content_.rows)) {
       for (XMLStoreRow* row : *candidates) {
-        const auto holds = [&](const auto& one) { return one.holds(row->valueForKey(one.attribute)); };
+        const auto holds = [&](const auto& one) {
+          return one.holds(row->valueForKey(one.attribute));
+        };
         if (isAsked(*row) && std::all_of(comparisons->begin(), comparisons->end(), holds)) {
           found.push_back(row);
         }

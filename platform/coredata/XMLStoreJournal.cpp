@@ -3,8 +3,6 @@
 
 #include <array>
 #include <charconv>
-#include <cinttypes>
-#include <cstdio>
 #include <iterator>
 #include <optional>
 
@@ -20,9 +18,10 @@ constexpr std::int64_t kVersion = 1;
 constexpr std::int64_t kNoGeneration = -1;
 
 std::string hexadecimal(std::uint64_t value) {
-  std::array<char, 17> text{};
-  std::snprintf(text.data(), text.size(), "%016" PRIx64, value);
-  return text.data();
+  constexpr const char* kDigits = "0123456789abcdef";
+  std::string text(16, '0');
+  for (auto at = text.rbegin(); at != text.rend(); ++at, value >>= 4) *at = kDigits[value & 15];
+  return text;
 }
 
 /// Reads lines of words; each operation is false when the text does not go on like that.
@@ -88,11 +87,11 @@ std::string journalHeader(const XMLStoreBase& base) {
 }
 
 std::string journalEntry(std::string_view elements) {
-  std::string entry =
-      "entry " + std::to_string(elements.size()) + " " + hexadecimal(contentHash(elements)) + "\n";
-  entry += elements;
-  entry += '\n';
-  return entry;
+  std::string entry;
+  entry.reserve(elements.size() + 64);
+  entry.append("entry ").append(std::to_string(elements.size())).append(1, ' ');
+  entry.append(hexadecimal(contentHash(elements))).append(1, '\n');
+  return entry.append(elements).append(1, '\n');
 }
 
 XMLStoreJournal parseJournal(std::string_view bytes, const NSManagedObjectModel& model) {

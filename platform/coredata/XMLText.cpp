@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdint>
 #include <cstddef>
+#include <cstdint>
 
 #include "platform/foundation/Digits.h"
 #include "platform/foundation/Unicode.h"

@@ -40,11 +40,10 @@ void ReadAhead::begin(const ReadableFolder& folder, std::vector<std::string> nam
   batch.files.reserve(names.size());
   for (std::string& name : names) batch.files.push_back({.name = std::move(name)});
   try {
-    coming_ =
-        std::async(std::launch::async, [limit = limit_, batch = std::move(batch)]() mutable {
-          batch.read(limit);
-          return std::move(batch);
-        });
+    coming_ = std::async(std::launch::async, [limit = limit_, batch = std::move(batch)]() mutable {
+      batch.read(limit);
+      return std::move(batch);
+    });
   } catch (const std::system_error&) {
     // Without another thread nothing is read ahead.
   }

@@ -176,6 +176,7 @@ std::string capitalized(std::string_view text, std::string_view language) {
 }
 
 bool isValidUTF8(std::string_view text) {
+  if (isASCII(text)) return true;
   for (std::size_t i = 0; i < text.size();) {
     const std::size_t length = sequenceLength(text.substr(i));
     if (length == 0) return false;

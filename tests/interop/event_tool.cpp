@@ -53,8 +53,9 @@ void print(const CalEvent& event) {
   std::cout << "{\"uid\": " << json(event.uid())
             << ", \"title\": " << json(unescapedText(escapedText(title)))
             << ", \"titleBytes\": " << json(percentEncoded(title, ""))
-            << ", \"start\": " << json(dayText(event.startDate().value(), 0, kZone))
-            << ", \"after\": " << json(dayText(event.endDate().value(), 1, kZone))
+            << ", \"start\": " << json(dayText(dayOf(event.startDate().value(), kZone)))
+            << ", \"after\": "
+            << json(dayText(dayOf(event.endDate().value(), kZone) + std::chrono::days{1}))
             << ", \"url\": " << json(event.url()) << ", \"alarms\": [";
   const char* separator = "";
   for (const CalAlarm& alarm : event.alarms()) {

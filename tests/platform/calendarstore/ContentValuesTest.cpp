@@ -88,10 +88,15 @@ TEST(DateValue, RefusesWhatIsNoDate) {
 
 TEST(DayText, MovesByDaysAndStaysWithinFourDigits) {
   const NSTimeZone berlin("Europe/Berlin");
-  EXPECT_EQ(dayText(midnight(berlin, 2028, 2, 28), 1, berlin), "20280229");
-  EXPECT_EQ(dayText(midnight(berlin, 2026, 12, 31), 1, berlin), "20270101");
-  EXPECT_EQ(dayText(midnight(berlin, 9999, 12, 31), 0, berlin), "99991231");
-  EXPECT_EQ(dayText(midnight(berlin, 9999, 12, 31), 1, berlin), std::nullopt);
+  const auto text = [&](int year, int month, int day, int later) {
+    return dayText(dayOf(midnight(berlin, year, month, day), berlin) + std::chrono::days{later});
+  };
+  EXPECT_EQ(text(2028, 2, 28, 1), "20280229");
+  EXPECT_EQ(text(2026, 12, 31, 1), "20270101");
+  EXPECT_EQ(text(9999, 12, 31, 0), "99991231");
+  EXPECT_EQ(text(9999, 12, 31, 1), std::nullopt);
+  EXPECT_EQ(text(1, 1, 1, 0), "00010101");
+  EXPECT_EQ(text(1, 1, 1, -1), std::nullopt);
 }
 
 TEST(UTCText, IsInUTC) { EXPECT_EQ(utcText(kReferenceDate), "20010101T000000Z"); }

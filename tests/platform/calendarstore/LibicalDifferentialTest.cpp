@@ -135,7 +135,7 @@ void expectAlarm(icalcomponent* component, const CalAlarm& alarm) {
 
 void expectDay(struct icaltimetype time, Date date, int later) {
   EXPECT_TRUE(time.is_date);
-  const auto expected = dayText(date, later, kZone);
+  const auto expected = dayText(dayOf(date, kZone) + std::chrono::days{later});
   char text[16];
   std::snprintf(text, sizeof text, "%04d%02d%02d", time.year, time.month, time.day);
   EXPECT_EQ(text, expected);
