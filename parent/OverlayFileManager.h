@@ -48,7 +48,7 @@ class OverlayFileManager final : public NSFileManager {
   Result<void> rename(const std::string& from, const std::string& to) override;
   Result<void> synchronize(const std::string&) override { return {}; }
   Result<std::unique_ptr<FileLock>> lock(const std::string& path) override;
-  bool mayBeReadByAnotherThread() const override { return base_.mayBeReadByAnotherThread(); }
+  bool supportsOtherThreads() const override { return base_.supportsOtherThreads(); }
 
  private:
   struct Entry {

@@ -81,7 +81,7 @@ std::shared_ptr<CalEvent> CalCalendarStore::eventInFile(
 }
 
 void CalCalendarStore::readAhead(CalCalendar& calendar, std::vector<std::string> uids) {
-  if (!files_.mayBeReadByAnotherThread()) return;
+  if (!files_.supportsOtherThreads()) return;
   std::erase_if(uids, [](const std::string& uid) { return !pathComponent(uid, "").ok(); });
   for (std::string& uid : uids) uid += kSuffix;
   ahead_.begin(openedEvents(calendar), std::move(uids));

@@ -4,6 +4,7 @@
 
 #include "platform/calendarstore/CalCalendarStoreParts.h"
 #include "platform/calendarstore/EventFile.h"
+#include "platform/foundation/OtherThread.h"
 
 namespace annivo {
 namespace {
@@ -101,6 +102,7 @@ Result<void> CalCalendarStore::writeEventFile(const CalCalendar& calendar, const
   }
   wrote_ = true;
   ahead_.forget(nameOf(path));
+  writeBehind();
   auto written = files_.writeAtomically(path, text);
   if (written || written.error().kind != Error::Kind::absent) return written;
   if (auto made = files_.createDirectory(eventsFolder(calendar)); !made) return made;
@@ -128,9 +130,25 @@ Result<void> CalCalendarStore::removeFromFile(const std::string& path, const std
 
 Result<void> CalCalendarStore::synchronize() {
   if (!wrote_) return {};
-  auto done = files_.synchronize(root_);
+  finishWritingBehind();
+  auto done = std::exchange(writtenBehind_, {});
+  if (done) done = files_.synchronize(root_);
   if (done) wrote_ = false;
   return done;
+}
+
+/// The disk need not wait for the end of a run that writes thousands of files.
+void CalCalendarStore::writeBehind() {
+  constexpr std::size_t kMany = 8192;
+  if (++writtenFiles_ % kMany != 0 || !files_.supportsOtherThreads()) return;
+  finishWritingBehind();
+  writingBehind_ = onAnotherThread([this] { return files_.synchronize(root_); });
+}
+
+/// The system tells of a failure once, so it is kept.
+void CalCalendarStore::finishWritingBehind() {
+  if (!writingBehind_.valid()) return;
+  if (auto done = writingBehind_.get(); !done) writtenBehind_ = std::move(done);
 }
 
 void CalCalendarStore::removeRemains(Remains remains) {

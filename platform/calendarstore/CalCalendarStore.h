@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -94,7 +96,8 @@ class CalCalendarStore {
   enum class Remains { temporaries, damagedEvents };
   void removeRemains(Remains remains);
 
-  /// Makes all that was written durable. Does nothing when nothing was.
+  /// Makes all that was written durable. Does nothing when nothing was. Where very much is written,
+  /// another thread begins with it before.
   Result<void> synchronize();
 
  private:
@@ -121,6 +124,8 @@ class CalCalendarStore {
   void buildIdentityIndex();
   Result<void> writeEventFile(const CalCalendar& calendar, const std::string& path,
                               std::string_view text);
+  void writeBehind();
+  void finishWritingBehind();
   Result<void> saveChanges(CalEvent& event);
   Result<void> removeFromFile(const std::string& path, const std::string& uid);
 
@@ -132,6 +137,9 @@ class CalCalendarStore {
   std::string root_;
   mutable std::string memory_;  ///< of the last event file, for the next
   bool wrote_ = false;
+  std::size_t writtenFiles_ = 0;
+  std::future<Result<void>> writingBehind_;
+  Result<void> writtenBehind_;  ///< how that went so far
   std::unique_ptr<Folders> folders_;
   std::unique_ptr<Index> index_;
   mutable ReadAhead ahead_;  ///< goes before the folders that it reads

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <system_error>
 
 #include "platform/coredata/ContentHash.h"
 #include "platform/coredata/XMLPersistentStore.h"
+#include "platform/foundation/OtherThread.h"
 
 namespace annivo {
 
@@ -30,12 +30,8 @@ Result<void> XMLPersistentStore::load() {
 }
 
 void XMLPersistentStore::beginLoading() {
-  if (loaded_ || loading_.valid() || !files_.mayBeReadByAnotherThread()) return;
-  try {
-    loading_ = std::async(std::launch::async, [this] { return read(); });
-  } catch (const std::system_error&) {
-    // Without another thread, load() does it.
-  }
+  if (loaded_ || loading_.valid() || !files_.supportsOtherThreads()) return;
+  loading_ = onAnotherThread([this] { return read(); });
 }
 
 Result<std::optional<XMLPersistentStore::Stamp>> XMLPersistentStore::stampOf(

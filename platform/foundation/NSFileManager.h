@@ -99,8 +99,8 @@ class NSFileManager {
   /// Waits for the exclusive lock on a file, creating it.
   virtual Result<std::unique_ptr<FileLock>> lock(const std::string& path) = 0;
 
-  /// Whether another thread may read files while this one goes on.
-  [[nodiscard]] virtual bool mayBeReadByAnotherThread() const { return false; }
+  /// Whether another thread may read files and synchronize while this one goes on.
+  [[nodiscard]] virtual bool supportsOtherThreads() const { return false; }
 
   // The rest stands on the operations above.
   [[nodiscard]] bool fileExistsAtPath(const std::string& path) const;
@@ -126,7 +126,7 @@ class PosixFileManager final : public NSFileManager {
   Result<void> rename(const std::string& from, const std::string& to) override;
   Result<void> synchronize(const std::string& path) override;
   Result<std::unique_ptr<FileLock>> lock(const std::string& path) override;
-  bool mayBeReadByAnotherThread() const override { return true; }
+  bool supportsOtherThreads() const override { return true; }
 };
 
 /// A depth-first walk that yields paths relative to its root, parents before their contents, the

@@ -2,8 +2,9 @@
 #include "platform/foundation/ReadAhead.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
+
+#include "platform/foundation/OtherThread.h"
 
 namespace annivo {
 
@@ -39,14 +40,10 @@ void ReadAhead::begin(const ReadableFolder& folder, std::vector<std::string> nam
   if (names.empty()) return;
   batch.files.reserve(names.size());
   for (std::string& name : names) batch.files.push_back({.name = std::move(name)});
-  try {
-    coming_ = std::async(std::launch::async, [limit = limit_, batch = std::move(batch)]() mutable {
-      batch.read(limit);
-      return std::move(batch);
-    });
-  } catch (const std::system_error&) {
-    // Without another thread nothing is read ahead.
-  }
+  coming_ = onAnotherThread([limit = limit_, batch = std::move(batch)]() mutable {
+    batch.read(limit);
+    return std::move(batch);
+  });
 }
 
 std::optional<std::string_view> ReadAhead::take(const ReadableFolder& folder,
