@@ -22,9 +22,9 @@ void ReadAhead::Batch::read(std::size_t limit) {
 
 std::optional<std::string_view> ReadAhead::Batch::take(std::string_view name) {
   const auto isIt = [&](const File& file) { return file.name == name; };
-  const auto begin = files.begin() + static_cast<std::ptrdiff_t>(next);
-  auto found = std::find_if(begin, files.end(), isIt);
-  if (found == files.end()) found = std::find_if(files.begin(), begin, isIt);
+  const auto likely = files.begin() + static_cast<std::ptrdiff_t>(next);
+  auto found = std::find_if(likely, files.end(), isIt);
+  if (found == files.end()) found = std::find_if(files.begin(), files.end(), isIt);
   if (found == files.end()) return std::nullopt;
   next = static_cast<std::size_t>(found - files.begin()) + 1;
   if (!std::exchange(found->isThere, false)) return std::nullopt;

@@ -145,6 +145,25 @@ TEST_F(StaleEvents, ARecordThatNamesNoFileIsDroppedWithoutReachingAnything) {
   }
 }
 
+TEST_F(StaleEvents, WhatIsConfirmedInAnotherOrderStaysAndOnlyTheRestGoes) {
+  std::vector<ZPKCalendarItems::BasicEvent> events;
+  for (int i = 10; i < 40; ++i) {
+    events.push_back(eventOn(kDay, "D-" + std::to_string(i), "T-" + std::to_string(i)));
+  }
+  pass(events);
+  std::reverse(events.begin(), events.end());
+  std::rotate(events.begin(), events.begin() + 7, events.end());
+  const std::string gone = events[12].title;
+  events.erase(events.begin() + 12);
+  pass(events);
+  std::vector<std::string> expected;
+  for (const auto& event : events) expected.push_back(event.title);
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(home.titles("A"), expected);
+  EXPECT_EQ(logged("Removing current event: "), 1U);
+  EXPECT_EQ(logged("Removing current event: " + gone), 1U);
+}
+
 TEST_F(StaleEvents, ARecordWithoutADateIsInNeitherPhase) {
   home.writeLedger(
       "<object type=\"EVENT\" id=\"z102\"><attribute name=\"icaluid\" type=\"string\">E"

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <future>
 
 #include "parent/OverlayFileManager.h"
 #include "tests/support/Doubles.h"
@@ -132,6 +133,43 @@ TEST_F(OverlayFileManagerTest, RenamesFoldersOfItsOwnWithAllTheyHold) {
   EXPECT_EQ(content("a/b/c"), "(absent)");
   EXPECT_FALSE(files.rename(folder.path("sub/z"), folder.path("sub/old")).ok());
   EXPECT_FALSE(files.rename(folder.path("sub"), folder.path("other")).ok());
+}
+
+TEST_F(OverlayFileManagerTest, AnOpenFolderHasWhatIsOverItsFiles) {
+  folder.writeFile("sub/other", "other");
+  before = folder.fingerprint();
+  const auto open = files.openFolder(folder.path("sub"));
+  const auto read = [&](const std::string& name) {
+    const auto bytes = open->contentsOfFileItself(name, 9, "");
+    return bytes ? *bytes : bytes.error().kind == Error::Kind::absent ? "(absent)" : "(error)";
+  };
+  EXPECT_EQ(read("old"), "old");
+  ASSERT_TRUE(files.writeAtomically(folder.path("sub/old"), "new").ok());
+  ASSERT_TRUE(files.writeAtomically(folder.path("sub/mine"), "mine").ok());
+  ASSERT_TRUE(files.removeFile(folder.path("sub/other")).ok());
+  EXPECT_EQ(read("old"), "new");
+  EXPECT_EQ(read("mine"), "mine");
+  EXPECT_EQ(read("other"), "(absent)");
+}
+
+TEST_F(OverlayFileManagerTest, IsReadByAnotherThreadWhileItIsChanged) {
+  ASSERT_TRUE(files.supportsOtherThreads());
+  constexpr int kRounds = 2000;
+  auto reading = std::async(std::launch::async, [&] {
+    const auto open = files.openFolder(folder.path("sub"));
+    int whole = 0;
+    for (int i = 0; i < kRounds; ++i) {
+      const auto byName = open->contentsOfFileItself("old", 9, "");
+      const auto byPath = files.contentsAtPath(folder.path("sub/old"), 9);
+      whole += byName && byPath && byName->size() == 3 && byPath->size() == 3 ? 1 : 0;
+    }
+    return whole;
+  });
+  for (int i = 0; i < kRounds; ++i) {
+    ASSERT_TRUE(files.writeAtomically(folder.path("sub/old"), i % 2 == 0 ? "new" : "old").ok());
+    ASSERT_TRUE(files.writeAtomically(folder.path("sub/" + std::to_string(i)), "more").ok());
+  }
+  EXPECT_EQ(reading.get(), kRounds);
 }
 
 TEST_F(OverlayFileManagerTest, RefusesWhatTheBaseWouldRefuse) {
