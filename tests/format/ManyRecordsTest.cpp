@@ -24,7 +24,8 @@ class ManyRecords : public testing::Test {
       record.firstName = "Person " + std::to_string(i);
       record.dateType = "birthday";
       record.dateUID = "D-" + std::to_string(i);
-      if (i % 97 != 5) record.thisDate = utc(1950, 1, 1, 12) + std::chrono::days{i * 13};
+      // So far ahead that each has one event only.
+      if (i % 97 != 5) record.thisDate = utc(2029, 1, 1, 12) + std::chrono::days{i / 2};
       people.push_back(record);
     }
   }
@@ -70,7 +71,7 @@ class ManyRecords : public testing::Test {
 TEST_F(ManyRecords, AreWrittenOnceAndThenLeftAlone) {
   runTogether();
   const std::size_t withoutDate = (kCount - 5 + 96) / 97;
-  EXPECT_EQ(eventFiles(), 3 * (kCount - withoutDate));
+  EXPECT_EQ(eventFiles(), kCount - withoutDate);
   const auto before = fingerprint();
   runTogether();
   EXPECT_EQ(fingerprint(), before);
@@ -79,7 +80,7 @@ TEST_F(ManyRecords, AreWrittenOnceAndThenLeftAlone) {
 TEST_F(ManyRecords, GiveTheSameLinesInTheSameOrderAsOneByOne) {
   runTogether();
   const auto oneByOne = runOneByOne();
-  EXPECT_GT(oneByOne.size(), 2 * kCount);
+  EXPECT_GT(oneByOne.size(), kCount);
   EXPECT_EQ(runTogether(), oneByOne);
 }
 
@@ -99,14 +100,14 @@ TEST_F(ManyRecords, AreBroughtUpToDateWhereverTheyChanged) {
     removed += now == after.end() ? 1 : 0;
     rewritten += now != after.end() && now->second != status ? 1 : 0;
   }
-  EXPECT_EQ(rewritten, 3 * std::size(changed));
-  EXPECT_EQ(removed, 3U);
-  EXPECT_EQ(after.size(), before.size() - 3);
+  EXPECT_EQ(rewritten, std::size(changed));
+  EXPECT_EQ(removed, 1U);
+  EXPECT_EQ(after.size(), before.size() - 1);
 }
 
 TEST_F(ManyRecords, OfTheSameEventsSeeWhatTheFirstOfThemChanged) {
   runTogether();
-  // Two dates of one identifier and day: both stand for the same three events.
+  // Two dates of one identifier and day: both stand for the same event.
   people[400].dateUID = people[10].dateUID;
   people[400].thisDate = people[10].thisDate;
   runOneByOne();
