@@ -38,8 +38,7 @@ class XMLPersistentStore final : public NSPersistentStore {
   std::vector<std::string> notes() const override { return content_.notes; }
   Result<std::vector<NSManagedObject*>> execute(const NSFetchRequest& request) override;
   NSManagedObject* insert(const NSEntityDescription& entity) override;
-  void set(NSManagedObject& object, std::string_view attribute,
-           const PropertyList& value) override;
+  void set(NSManagedObject& object, std::string_view attribute, const PropertyList& value) override;
   void remove(NSManagedObject& object) override;
   bool hasChanges() const override { return !pending_.empty(); }
   Result<void> save() override;
