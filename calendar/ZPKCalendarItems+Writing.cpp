@@ -90,8 +90,8 @@ std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::str
 }
 
 void ZPKCalendarItems::expectBasicEvents(const std::vector<std::vector<BasicEvent>>& events) {
-  // Whatever the first look into the ledger has to say belongs to the first event.
-  if (!thisCalendar_ || !coreDataSpace->ledgerIsRead()) return;
+  // What the first look into the ledger has to say belongs to the first event.
+  if (!thisCalendar_ || !coreDataSpace->hasLedger()) return;
   std::vector<std::string> uids;
   for (const auto& ofOneDate : events) {
     for (const BasicEvent& event : ofOneDate) {

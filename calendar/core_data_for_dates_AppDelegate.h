@@ -45,7 +45,8 @@ class core_data_for_dates_AppDelegate {
   Ledger readLedger();
   /// Begins to read it on another thread.
   void expectLedger();
-  [[nodiscard]] bool ledgerIsRead() const { return ledger_.has_value(); }
+  /// Whether it has been read and can be asked.
+  [[nodiscard]] bool hasLedger() const { return ledger_ && *ledger_ != Ledger::missing; }
   /// `saveAction:`. A failure is presented; the changes stay in memory. Whether it was saved.
   bool saveAction();
   /// Brings the ledger file up to date with all that was saved. A failure is presented, and nothing

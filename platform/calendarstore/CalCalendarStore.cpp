@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "platform/calendarstore/CalCalendarStoreParts.h"
-#include "platform/calendarstore/EventFile.h"
 #include "platform/foundation/PropertyList.h"
 #include "platform/foundation/UUID.h"
 
@@ -15,6 +14,8 @@ constexpr std::string_view kSuffix = ".calendar";
 /// Under which a calendar's folder is made. An interrupted run may leave it; the next reuses it.
 constexpr const char* kUnfinished = "/.annivo-calendar.tmp";
 constexpr std::size_t kInfoLimit = std::size_t{1024} * 1024;
+/// Hardly any event file is larger; those that are need not lie in memory by the hundred.
+constexpr std::size_t kOrdinaryEvent = std::size_t{8} * 1024;
 /// Account folders hold calendars one level down; deeper ones are looked at, endless ones are not.
 constexpr int kDeepest = 8;
 
@@ -54,7 +55,7 @@ CalCalendarStore::CalCalendarStore(NSFileManager& files, const Clock& clock, Log
       home_(std::move(home)),
       root_(home_ + "/Library/Calendars"),
       index_(std::make_unique<Index>()),
-      ahead_(EventFile::kLimit) {}
+      ahead_(kOrdinaryEvent) {}
 
 CalCalendarStore::~CalCalendarStore() = default;
 

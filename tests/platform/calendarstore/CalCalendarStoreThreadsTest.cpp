@@ -76,12 +76,14 @@ TEST_F(CalCalendarStoreThreads, WhatCannotBeReadAheadIsFoundOrReportedAsEver) {
   CalendarHome::write(file("other-name"), eventText("RENAMED", "SUMMARY:renamed\r\n"));
   CalendarHome::write(file("BROKEN"), "BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\n");
   CalendarHome::write(file("LARGE"), std::string(1024 * 1024 + 1, ' '));
+  write("LONG", std::string(100 * 1024, 'x'));
   CalendarHome::write(home.home + "/outside.ics", eventText("outside", "SUMMARY:out\r\n"));
   fs::create_symlink(home.home + "/outside.ics", file("LINK"));
-  readAhead({"ELSEWHERE", "RENAMED", "BROKEN", "LARGE", "LINK", "ABSENT", "", "../../outside",
-             std::string("N\0L", 3), std::string(300, 'x')});
+  readAhead({"ELSEWHERE", "LONG", "RENAMED", "BROKEN", "LARGE", "LINK", "ABSENT", "",
+             "../../outside", std::string("N\0L", 3), std::string(300, 'x')});
   EXPECT_EQ(title("ELSEWHERE"), "there");
   EXPECT_EQ(title("RENAMED"), "renamed");
+  EXPECT_EQ(title("LONG"), std::string(100 * 1024, 'x'));
   for (const char* uid : {"BROKEN", "LARGE", "LINK"}) {
     EXPECT_EQ(title(uid), "(none)");
     EXPECT_TRUE(home.log.mentions(file(uid))) << uid;
