@@ -38,7 +38,7 @@ class ContentLine {
   [[nodiscard]] bool named(std::string_view upperCaseName) const {
     // Few lines get beyond the first two conditions.
     const std::size_t size = upperCaseName.size();
-    constexpr unsigned kCaseBit = 0x20;
+    constexpr int kCaseBit = 0x20;
     return content_.size() > size && (content_[size] == ':' || content_[size] == ';') &&
            ((content_[0] ^ upperCaseName[0]) & ~kCaseBit) == 0 && isNamed(upperCaseName);
   }

@@ -12,8 +12,8 @@ void ReadAhead::Batch::read(std::size_t limit) {
   std::string memory;
   for (File& file : files) {
     auto content = folder->contentsOfFileItself(file.name, limit, std::move(memory));
-    memory = content ? *std::move(content) : std::string();
     file.isThere = content.ok();
+    memory = file.isThere ? *std::move(content) : std::string();
     file.begin = contents.size();
     file.length = memory.size();
     contents += memory;
