@@ -103,7 +103,6 @@ std::optional<std::string> changeAtEntry(pid_t child) {
     case Names::path:
       return name + textAt(child, arguments[0]);
     case Names::pathAfterFolder:
-      return name + textAt(child, arguments[1]);
     case Names::twoPathsAfterFolders:
       return name + textAt(child, arguments[1]);
     case Names::openFlags: {

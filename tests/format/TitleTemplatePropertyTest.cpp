@@ -180,7 +180,7 @@ class Generator {
                                                  "Ann",
                                                  "Smith",
                                                  "\u200F",
-                                                 "\u202E",
+                                                 "\xE2\x80\xAE",
                                                  "\U0001F382",
                                                  "e\u0301",
                                                  "\n",

@@ -73,8 +73,8 @@ TEST(ContentLines, LeavesAByteOrderMarkToTheRawBytes) {
 
 TEST(ContentLines, TheRawBytesOfAllLinesAreTheText) {
   for (const std::string& text :
-       {std::string(" leading\r\nA:1\r\n\r\n\r\nB\n \n \nC:\r"), std::string(3, '\0') + "\n \0x:y",
-        std::string("\n"), std::string()}) {
+       {std::string(" leading\r\nA:1\r\n\r\n\r\nB\n \n \nC:\r"),
+        std::string(3, '\0') + "\n " + '\0' + "x:y", std::string("\n"), std::string()}) {
     std::string joined;
     for (const Parsed& line : linesOf(text)) joined += line.raw;
     EXPECT_EQ(joined, text);

@@ -49,7 +49,7 @@ TEST(ContentsOfFileItself, ReadsRegularFilesAndNoLinks) {
     const auto contents = read("file", 5);
     ASSERT_TRUE(contents);
     EXPECT_EQ(*contents, "12345");
-    for (const std::size_t size : {0, 2047, 2048, 2049, 100000}) {
+    for (const std::size_t size : {0U, 2047U, 2048U, 2049U, 100000U}) {
       std::ofstream(folder + "/sized") << std::string(size, 'x');
       EXPECT_EQ(*read("sized", size), std::string(size, 'x'));
       if (size == 0) continue;
