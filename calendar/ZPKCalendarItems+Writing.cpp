@@ -62,6 +62,12 @@ std::optional<std::vector<NSManagedObject*>> ZPKCalendarItems::recordsOf(const s
   return dataFetchedWithPredicate(format.with(std::move(identity)));
 }
 
+const std::string* ZPKCalendarItems::recordedEventUID(const BasicEvent& basic) {
+  const auto records = recordsOf(basic.uid, basic.withStartDate);
+  if (!records || records->empty()) return nullptr;
+  return records->front()->valueForKey("iCalUID").string();
+}
+
 std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::string& uid,
                                                                   Date date) {
   const auto records = recordsOf(uid, date);
@@ -95,10 +101,7 @@ void ZPKCalendarItems::expectBasicEvents(const std::vector<std::vector<BasicEven
   std::vector<std::string> uids;
   for (const auto& ofOneDate : events) {
     for (const BasicEvent& event : ofOneDate) {
-      const auto records = recordsOf(event.uid, event.withStartDate);
-      if (!records || records->empty()) continue;
-      const auto* eventUID = records->front()->valueForKey("iCalUID").string();
-      if (eventUID) uids.push_back(*eventUID);
+      if (const auto* eventUID = recordedEventUID(event)) uids.push_back(*eventUID);
     }
   }
   myStore.readAhead(*thisCalendar_, std::move(uids));
@@ -123,11 +126,7 @@ void ZPKCalendarItems::addBasicEvent(const BasicEvent& basic) {
 /// What neither ledger nor calendar could read back is not put into them. An event that is there
 /// stays as it is.
 void ZPKCalendarItems::refuseEvent(const BasicEvent& basic) {
-  if (const auto records = recordsOf(basic.uid, basic.withStartDate);
-      records && !records->empty()) {
-    const auto* eventUID = records->front()->valueForKey("iCalUID").string();
-    if (eventUID) theRetainedEventUIDs.push_back(*eventUID);
-  }
+  if (const auto* eventUID = recordedEventUID(basic)) theRetainedEventUIDs.push_back(*eventUID);
   platform_.application().runAlertWithError(
       {.kind = Error::Kind::refused,
        .domain = "CalCalendarStoreErrorDomain",

@@ -74,7 +74,7 @@ class ZPKCalendarItems {
   };
   void addBasicEvent(const BasicEvent& event);
   /// Tells that there will be events to add, so that the ledger is read meanwhile.
-  void expectEvents() { coreDataSpace->expectLedger(); }
+  void expectLedger() { coreDataSpace->expectLedger(); }
   /// Tells which events addBasicEvent will be given next but for those of the last call, so that
   /// what the calendar holds of them is read meanwhile. Nothing else depends on it.
   void expectBasicEvents(const std::vector<std::vector<BasicEvent>>& events);
@@ -102,6 +102,8 @@ class ZPKCalendarItems {
   NSManagedObject& insertRecord(const LedgerIdentity& identity, const std::string& eventUID);
   /// The records of an occurrence in the current target.
   std::optional<std::vector<NSManagedObject*>> recordsOf(const std::string& uid, Date date);
+  /// What the ledger says of the calendar's event for an occurrence; null where it says nothing.
+  const std::string* recordedEventUID(const BasicEvent& basic);
   void refuseEvent(const BasicEvent& basic);
   bool updateExistingEvent(CalEvent& event, const std::string& title);
   void fillNewEvent(CalEvent& event, const BasicEvent& basic);

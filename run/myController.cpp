@@ -56,7 +56,7 @@ myController::Decision myController::decide() {
 
 void myController::pass() {
   log("Starting to add");
-  myCalendarItems->expectEvents();
+  myCalendarItems->expectLedger();
   theDates = std::make_unique<ZPKAddressBookDates>(platform_);
 
   const std::string anniversaryUID = appPrefs->text("aneeCalUID");

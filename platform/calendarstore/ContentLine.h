@@ -70,7 +70,7 @@ class ContentLine {
 /// to the first line's raw bytes only.
 class ContentLines {
  public:
-  explicit ContentLines(std::string_view text) : rest_(text), atStart_(true) {}
+  explicit ContentLines(std::string_view text) : rest_(text) {}
   /// False at the end of the text.
   bool next(ContentLine& line) {
     if (rest_.empty()) return false;
@@ -104,7 +104,7 @@ class ContentLines {
   void unfold(std::string_view raw);
 
   std::string_view rest_;
-  bool atStart_;
+  bool atStart_ = true;
   std::string unfolded_;
 };
 
