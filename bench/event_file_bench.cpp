@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "codecs/icalendar/CalEvent.h"
+#include "codecs/icalendar/EventFile.h"
+#include "codecs/icalendar/EventLines.h"
 #include "platform/calendarstore/CalCalendarStore.h"
-#include "platform/calendarstore/CalEvent.h"
-#include "platform/calendarstore/EventFile.h"
-#include "platform/calendarstore/EventLines.h"
 
 namespace annivo {
 namespace {

@@ -2,8 +2,8 @@
 #include <tuple>
 #include <unordered_map>
 
+#include "base/Unicode.h"
 #include "calendar/ZPKCalendarItems.h"
-#include "platform/foundation/Unicode.h"
 
 namespace annivo {
 

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "calendar/ZPKCalendarItems.h"
-#include "run/LoggingSwitch.h"
+#include "platform/LoggingSwitch.h"
 
 namespace annivo {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "calendar/ZPKCalendarItems.h"
-#include "run/LoggingSwitch.h"
+#include "platform/LoggingSwitch.h"
 
 namespace annivo {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "calendar/ZPKCalendarItems.h"
-#include "run/LoggingSwitch.h"
+#include "platform/LoggingSwitch.h"
 
 namespace annivo {
 

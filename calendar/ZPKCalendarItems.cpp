@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "calendar/ZPKCalendarItems.h"
 
-#include "run/LoggingSwitch.h"
+#include "platform/LoggingSwitch.h"
 
 namespace annivo {
 

@@ -29,22 +29,19 @@ add_custom_target(annivo_resource_files DEPENDS ${annivo_resources})
 
 add_custom_target(annivo_product ALL DEPENDS annivo_agent annivo_resource_files)
 
-if(EXISTS ${CMAKE_SOURCE_DIR}/frameworks/Sparkle/CMakeLists.txt)
-  add_subdirectory(frameworks/Sparkle)
-  annivo_sparkle_framework("${ANNIVO_APP}/Contents/Frameworks/Sparkle.framework")
-  add_dependencies(annivo_product annivo_sparkle_framework)
-endif()
+add_subdirectory(frameworks/Sparkle)
+annivo_sparkle_framework("${ANNIVO_APP}/Contents/Frameworks/Sparkle.framework")
+add_dependencies(annivo_product annivo_sparkle_framework)
 
-if(EXISTS ${CMAKE_SOURCE_DIR}/parent/main.cpp)
-  add_subdirectory(parent)
-  set_target_properties(annivo-cli PROPERTIES OUTPUT_NAME annivo
-    RUNTIME_OUTPUT_DIRECTORY "${ANNIVO_APP}/Contents/Linux")
-  # The parent application is the same program under another name.
-  add_custom_command(OUTPUT "${ANNIVO_APP}/Contents/Linux/Annivo 2" DEPENDS annivo-cli
-    COMMAND ${CMAKE_COMMAND} -E create_symlink annivo "${ANNIVO_APP}/Contents/Linux/Annivo 2" VERBATIM)
-  add_custom_target(annivo_parent_link DEPENDS "${ANNIVO_APP}/Contents/Linux/Annivo 2")
-  add_dependencies(annivo_product annivo_parent_link)
-endif()
+add_executable(annivo-cli ${CMAKE_SOURCE_DIR}/parent/command/main.cpp)
+target_link_libraries(annivo-cli PRIVATE annivo_options annivo_command)
+set_target_properties(annivo-cli PROPERTIES OUTPUT_NAME annivo
+  RUNTIME_OUTPUT_DIRECTORY "${ANNIVO_APP}/Contents/Linux")
+# The parent application is the same program under another name.
+add_custom_command(OUTPUT "${ANNIVO_APP}/Contents/Linux/Annivo 2" DEPENDS annivo-cli
+  COMMAND ${CMAKE_COMMAND} -E create_symlink annivo "${ANNIVO_APP}/Contents/Linux/Annivo 2" VERBATIM)
+add_custom_target(annivo_parent_link DEPENDS "${ANNIVO_APP}/Contents/Linux/Annivo 2")
+add_dependencies(annivo_product annivo_parent_link)
 
 include(GNUInstallDirs)
 install(DIRECTORY "${ANNIVO_APP}" DESTINATION lib/annivo USE_SOURCE_PERMISSIONS)

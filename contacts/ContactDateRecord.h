@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Date.h"
+#include "base/Date.h"
 
 namespace annivo {
 

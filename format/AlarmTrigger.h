@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "platform/foundation/NSCalendarDate.h"
-#include "platform/foundation/PropertyList.h"
+#include "base/NSCalendarDate.h"
+#include "codecs/plist/PropertyList.h"
 
 namespace annivo {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/foundation/NSCalendarDate.h"
+#include "base/NSCalendarDate.h"
 
 namespace annivo {
 

@@ -5,7 +5,7 @@
 
 #include "format/AlarmTrigger.h"
 #include "format/Occurrences.h"
-#include "run/LoggingSwitch.h"
+#include "platform/LoggingSwitch.h"
 
 namespace annivo {
 

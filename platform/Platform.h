@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/NSCalendarDate.h"
 #include "platform/addressbook/ABAddressBook.h"
 #include "platform/appkit/Alerts.h"
 #include "platform/appkit/NSApplication.h"
@@ -15,7 +16,6 @@
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/Gestalt.h"
 #include "platform/foundation/NSBundle.h"
-#include "platform/foundation/NSCalendarDate.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLocale.h"
 #include "platform/foundation/NSLog.h"

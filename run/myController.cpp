@@ -2,7 +2,7 @@
 #include "run/myController.h"
 
 #include "format/ZPKAnvCCalendarItemsFormat.h"
-#include "run/LoggingSwitch.h"
+#include "platform/LoggingSwitch.h"
 #include "run/ZPKLimitSystem.h"
 
 namespace annivo {

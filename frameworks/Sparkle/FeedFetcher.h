@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Error.h"
+#include "base/Error.h"
 #include "platform/foundation/NSRunLoop.h"
 
 namespace annivo {

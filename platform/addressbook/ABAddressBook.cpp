@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Unicode.h"
 #include "platform/coredata/SQLiteDatabase.h"
-#include "platform/foundation/Unicode.h"
 
 namespace annivo {
 namespace {

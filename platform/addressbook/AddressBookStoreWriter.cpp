@@ -8,10 +8,10 @@
 #include <chrono>
 #include <cstdio>
 
+#include "base/UUID.h"
+#include "codecs/plist/PropertyList.h"
 #include "platform/addressbook/StoreSchema.h"
 #include "platform/coredata/SQLiteDatabase.h"
-#include "platform/foundation/PropertyList.h"
-#include "platform/foundation/UUID.h"
 
 namespace annivo {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Date.h"
-#include "platform/foundation/Error.h"
+#include "base/Date.h"
+#include "base/Error.h"
 
 namespace annivo {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/appkit/Alerts.h"
 
-#include "platform/foundation/Unicode.h"
+#include "base/Unicode.h"
 
 namespace annivo {
 

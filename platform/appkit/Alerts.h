@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Error.h"
+#include "base/Error.h"
 
 namespace annivo {
 

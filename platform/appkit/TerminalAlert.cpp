@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <optional>
 
-#include "platform/foundation/Unicode.h"
+#include "base/Unicode.h"
 
 namespace annivo {
 

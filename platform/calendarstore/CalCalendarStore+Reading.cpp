@@ -2,8 +2,8 @@
 #include <functional>
 #include <utility>
 
+#include "codecs/icalendar/EventFile.h"
 #include "platform/calendarstore/CalCalendarStoreParts.h"
-#include "platform/calendarstore/EventFile.h"
 
 namespace annivo {
 namespace {

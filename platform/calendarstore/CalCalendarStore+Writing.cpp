@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "codecs/icalendar/EventFile.h"
 #include "platform/calendarstore/CalCalendarStoreParts.h"
-#include "platform/calendarstore/EventFile.h"
 #include "platform/foundation/OtherThread.h"
 
 namespace annivo {

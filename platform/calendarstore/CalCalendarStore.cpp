@@ -3,9 +3,9 @@
 
 #include <utility>
 
+#include "base/UUID.h"
+#include "codecs/plist/PropertyList.h"
 #include "platform/calendarstore/CalCalendarStoreParts.h"
-#include "platform/foundation/PropertyList.h"
-#include "platform/foundation/UUID.h"
 
 namespace annivo {
 namespace {

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/calendarstore/CalEvent.h"
+#include "base/NSCalendarDate.h"
+#include "codecs/icalendar/CalEvent.h"
 #include "platform/foundation/Clock.h"
-#include "platform/foundation/NSCalendarDate.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/ReadAhead.h"

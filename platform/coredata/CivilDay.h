@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/foundation/Date.h"
-#include "platform/foundation/NSCalendarDate.h"
+#include "base/Date.h"
+#include "base/NSCalendarDate.h"
 
 namespace annivo {
 

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "codecs/plist/PropertyList.h"
 #include "platform/coredata/NSManagedObjectModel.h"
 #include "platform/coredata/RelationshipTable.h"
-#include "platform/foundation/PropertyList.h"
 
 namespace annivo {
 

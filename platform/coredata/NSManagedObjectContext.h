@@ -8,11 +8,11 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/NSCalendarDate.h"
 #include "platform/coredata/NSManagedObject.h"
 #include "platform/coredata/NSManagedObjectModel.h"
 #include "platform/coredata/NSPredicate.h"
 #include "platform/foundation/Clock.h"
-#include "platform/foundation/NSCalendarDate.h"
 #include "platform/foundation/NSFileManager.h"
 
 namespace annivo {

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "platform/foundation/PropertyList.h"
+#include "codecs/plist/PropertyList.h"
 
 namespace annivo {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "platform/foundation/Unicode.h"
+#include "base/Unicode.h"
 
 namespace annivo {
 

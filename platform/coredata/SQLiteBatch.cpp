@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <set>
 
+#include "base/Unicode.h"
 #include "platform/coredata/CivilDay.h"
-#include "platform/foundation/Unicode.h"
 
 namespace annivo {
 

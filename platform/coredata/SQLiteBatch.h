@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "base/NSCalendarDate.h"
 #include "platform/coredata/NSManagedObject.h"
 #include "platform/coredata/SQLiteDatabase.h"
 #include "platform/coredata/SQLiteSchema.h"
-#include "platform/foundation/NSCalendarDate.h"
 
 namespace annivo {
 

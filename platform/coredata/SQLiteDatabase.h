@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Error.h"
+#include "base/Error.h"
 
 struct sqlite3;
 struct sqlite3_stmt;

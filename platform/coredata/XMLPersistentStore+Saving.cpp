@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "base/UUID.h"
 #include "platform/coredata/ContentHash.h"
 #include "platform/coredata/XMLPersistentStore.h"
-#include "platform/foundation/UUID.h"
 
 namespace annivo {
 

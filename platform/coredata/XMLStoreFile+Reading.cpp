@@ -4,9 +4,9 @@
 
 #include <pugixml.hpp>
 
-#include "platform/coredata/XMLElements.h"
+#include "codecs/xml/XMLElements.h"
+#include "codecs/xml/XMLText.h"
 #include "platform/coredata/XMLStoreFile.h"
-#include "platform/coredata/XMLText.h"
 
 namespace annivo {
 

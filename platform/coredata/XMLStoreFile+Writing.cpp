@@ -3,8 +3,8 @@
 
 #include <pugixml.hpp>
 
+#include "codecs/xml/XMLText.h"
 #include "platform/coredata/XMLStoreFile.h"
-#include "platform/coredata/XMLText.h"
 
 namespace annivo {
 

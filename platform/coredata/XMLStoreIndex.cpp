@@ -5,7 +5,7 @@
 #include <bit>
 #include <functional>
 
-#include "platform/foundation/Unicode.h"
+#include "base/Unicode.h"
 
 namespace annivo {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/foundation/Date.h"
+#include "base/Date.h"
 
 namespace annivo {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/foundation/PropertyList.h"
+#include "codecs/plist/PropertyList.h"
 
 namespace annivo {
 

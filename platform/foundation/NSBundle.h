@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "codecs/plist/PropertyList.h"
 #include "platform/foundation/NSFileManager.h"
-#include "platform/foundation/PropertyList.h"
 
 namespace annivo {
 

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Date.h"
-#include "platform/foundation/Error.h"
+#include "base/Date.h"
+#include "base/Error.h"
 
 namespace annivo {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/PropertyList.h"
+#include "codecs/plist/PropertyList.h"
 
 namespace annivo {
 

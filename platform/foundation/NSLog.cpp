@@ -7,7 +7,7 @@
 #include <array>
 #include <cstdio>
 
-#include "platform/foundation/Unicode.h"
+#include "base/Unicode.h"
 
 namespace annivo {
 

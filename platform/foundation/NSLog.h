@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/NSCalendarDate.h"
 #include "platform/foundation/Clock.h"
-#include "platform/foundation/NSCalendarDate.h"
 
 namespace annivo {
 

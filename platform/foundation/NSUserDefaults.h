@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "codecs/plist/PropertyList.h"
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
-#include "platform/foundation/PropertyList.h"
 
 namespace annivo {
 

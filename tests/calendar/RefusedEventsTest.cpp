@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include "platform/calendarstore/EventFile.h"
+#include "codecs/icalendar/EventFile.h"
 #include "tests/calendar/WriterHome.h"
 
 namespace annivo {

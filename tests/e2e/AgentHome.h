@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "codecs/plist/PropertyList.h"
 #include "platform/addressbook/AddressBookStoreWriter.h"
-#include "platform/foundation/PropertyList.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace annivo {

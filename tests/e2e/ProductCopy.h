@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "platform/foundation/PropertyList.h"
+#include "codecs/plist/PropertyList.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace annivo {

@@ -5,7 +5,7 @@
 #include <ctime>
 #include <string>
 
-#include "platform/foundation/NSCalendarDate.h"
+#include "base/NSCalendarDate.h"
 
 namespace annivo {
 

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/calendarstore/ContentLine.h"
-#include "platform/calendarstore/EventFile.h"
-#include "platform/calendarstore/EventLines.h"
+#include "codecs/icalendar/ContentLine.h"
+#include "codecs/icalendar/EventFile.h"
+#include "codecs/icalendar/EventLines.h"
 
 namespace annivo::fuzz {
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/foundation/PropertyList.h"
+#include "codecs/plist/PropertyList.h"
 
 namespace {
 

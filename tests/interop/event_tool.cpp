@@ -17,9 +17,9 @@
 #include <string>
 #include <vector>
 
+#include "codecs/icalendar/ContentText.h"
+#include "codecs/icalendar/ContentValues.h"
 #include "platform/calendarstore/CalCalendarStore.h"
-#include "platform/calendarstore/ContentText.h"
-#include "platform/calendarstore/ContentValues.h"
 
 namespace annivo {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "platform/foundation/PropertyList.h"
+#include "codecs/plist/PropertyList.h"
 
 namespace annivo {
 namespace {

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "base/NSCalendarDate.h"
 #include "platform/addressbook/AddressBookStoreWriter.h"
 #include "platform/foundation/Clock.h"
-#include "platform/foundation/NSCalendarDate.h"
 #include "platform/foundation/NSFileManager.h"
 
 namespace annivo {

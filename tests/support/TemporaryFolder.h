@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Date.h"
+#include "base/Date.h"
 
 namespace annivo {
 

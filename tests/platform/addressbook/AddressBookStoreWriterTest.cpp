@@ -5,9 +5,9 @@
 #include <csignal>
 #include <string_view>
 
+#include "codecs/plist/PropertyList.h"
 #include "platform/addressbook/AddressBookStoreWriter.h"
 #include "platform/addressbook/StoreSchema.h"
-#include "platform/foundation/PropertyList.h"
 #include "tests/platform/addressbook/StoreFile.h"
 
 namespace annivo {

@@ -5,12 +5,12 @@
 #include <filesystem>
 #include <set>
 
+#include "base/Unicode.h"
+#include "codecs/plist/PropertyList.h"
 #include "platform/addressbook/ABAddressBook.h"
 #include "platform/coredata/NSManagedObjectContext.h"
 #include "platform/coredata/NSManagedObjectModel.h"
 #include "platform/foundation/Gestalt.h"
-#include "platform/foundation/PropertyList.h"
-#include "platform/foundation/Unicode.h"
 #include "tests/platform/addressbook/StoreFile.h"
 #include "tests/support/Doubles.h"
 

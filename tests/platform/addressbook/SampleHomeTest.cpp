@@ -3,9 +3,9 @@
 
 #include <set>
 
+#include "codecs/plist/PropertyList.h"
 #include "platform/addressbook/ABAddressBook.h"
 #include "platform/coredata/SQLiteDatabase.h"
-#include "platform/foundation/PropertyList.h"
 #include "tests/platform/addressbook/StoreFile.h"
 #include "tests/support/Doubles.h"
 #include "tests/support/SampleHome.h"

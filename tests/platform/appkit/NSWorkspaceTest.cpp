@@ -3,8 +3,8 @@
 
 #include <filesystem>
 
+#include "codecs/plist/PropertyList.h"
 #include "platform/appkit/NSWorkspace.h"
-#include "platform/foundation/PropertyList.h"
 #include "tests/support/Doubles.h"
 #include "tests/support/ForwardingFileManager.h"
 #include "tests/support/TemporaryFolder.h"

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/calendarstore/EventFile.h"
+#include "codecs/icalendar/EventFile.h"
 #include "tests/platform/calendarstore/CalendarHome.h"
 #include "tests/support/TimeLimit.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/PropertyList.h"
+#include "codecs/plist/PropertyList.h"
 #include "tests/platform/calendarstore/CalendarHome.h"
 #include "tests/support/ForwardingFileManager.h"
 

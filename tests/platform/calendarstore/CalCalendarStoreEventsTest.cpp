@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-#include "platform/calendarstore/EventFile.h"
+#include "codecs/icalendar/EventFile.h"
 #include "tests/platform/calendarstore/CalendarHome.h"
 #include "tests/support/ForwardingFileManager.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include "codecs/plist/PropertyList.h"
 #include "platform/coredata/NSManagedObjectModel.h"
-#include "platform/foundation/PropertyList.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace annivo {

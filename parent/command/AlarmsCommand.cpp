@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#include "parent/command/Commands.h"
+#include "parent/settings/AlarmTable.h"
+#include "run/AnvCalPrefs.h"
+
+namespace annivo {
+
+void alarmsCommand(Session& session) {
+  AnvCalPrefs prefs(session.platform);
+  const auto alarms = listedAlarms(prefs.prefs()["alarmTable"], session.platform.defaultTimeZone());
+  const Console& console = session.console;
+  if (console.json) {
+    PropertyList::Array list;
+    for (const ListedAlarm& alarm : alarms) {
+      list.push_back(PropertyList::Dictionary{{"number", alarm.number},
+                                              {"kind", alarm.kind},
+                                              {"days", alarm.days},
+                                              {"time", alarm.time},
+                                              {"birthdays", alarm.birthdays},
+                                              {"anniversaries", alarm.anniversaries}});
+    }
+    return console.writeJSON(list);
+  }
+  for (const ListedAlarm& alarm : alarms) {
+    console.line(std::to_string(alarm.number) + "  " + printable(alarmText(alarm)));
+  }
+  if (alarms.empty()) console.line("No alarms: \"annivo alarms add message --days 2\" adds one.");
+}
+
+void addAlarmCommand(Session& session, const NewAlarm& alarm) {
+  AnvCalPrefs prefs(session.platform);
+  const PropertyList& stored = prefs.prefs()["alarmTable"];
+  const auto table = withAlarm(stored,
+                               {.kind = alarm.kind,
+                                .days = alarm.days,
+                                .time = alarm.time,
+                                .birthdays = alarm.dates != "anniversaries",
+                                .anniversaries = alarm.dates != "birthdays"},
+                               session.platform.clock().now(), session.platform.defaultTimeZone());
+  if (!table) throw Refusal{table.error().description};
+  if (*table == stored) {
+    session.console.note("There is such an alarm already; nothing is added.");
+  } else {
+    storeChoices(session, {{"alarmTable", *table}});
+  }
+  alarmsCommand(session);
+}
+
+void removeAlarmCommand(Session& session, int number) {
+  AnvCalPrefs prefs(session.platform);
+  const auto table = withoutAlarm(prefs.prefs()["alarmTable"], number);
+  if (!table) throw Refusal{table.error().description};
+  storeChoices(session, {{"alarmTable", *table}});
+  alarmsCommand(session);
+}
+
+}  // namespace annivo

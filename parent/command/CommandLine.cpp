@@ -1,0 +1,288 @@
+// SPDX-License-Identifier: MIT
+#include "parent/command/CommandLine.h"
+
+#include <algorithm>
+#include <map>
+
+#include <CLI/CLI.hpp>
+
+#include "parent/command/Commands.h"
+#include "parent/settings/AlarmTable.h"
+#include "parent/settings/Settings.h"
+#include "run/AnvCalPrefs.h"
+
+namespace annivo {
+
+namespace {
+
+constexpr const char* kVersion = "annivo 2.0.0";
+const std::vector<std::string> kKinds{"birthdays", "anniversaries", "both"};
+const std::vector<std::string> kAlarms{"message", "email", "sound", "file"};
+const std::vector<std::string> kShells{"bash", "zsh", "fish"};
+
+using Action = std::function<void(Session&)>;
+
+/// The innermost command that the words name.
+const CLI::App& commandOf(const CLI::App& app) {
+  const CLI::App* command = &app;
+  while (!command->get_subcommands().empty()) command = command->get_subcommands().front();
+  return *command;
+}
+
+/// "annivo calendars choose".
+std::string fullName(const CLI::App& command) {
+  const CLI::App* parent = command.get_parent();
+  return (parent ? fullName(*parent) + ' ' : "") + command.get_name();
+}
+
+/// What is wrong with words that make no command.
+std::string problem(const CLI::App& app, const CLI::ParseError& error) {
+  const CLI::App& command = commandOf(app);
+  const bool wantsCommand = !command.get_subcommands({}).empty();
+  const std::vector<std::string> extras = app.remaining(true);
+  if (extras.empty() || command.get_allow_extras()) {
+    const std::string text = error.what();
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
+      return text.substr(0, text.find(':')) + " needs a value";
+    }
+    const bool wanted = wantsCommand && dynamic_cast<const CLI::RequiredError*>(&error);
+    return wanted ? "no command is given" : text;
+  }
+  const std::string quoted = '"' + extras.front() + '"';
+  if (extras.front().starts_with('-')) return "there is no option " + quoted;
+  return wantsCommand ? "there is no command " + quoted : quoted + " is a word too many";
+}
+
+}  // namespace
+
+struct CommandLine::State {
+  CLI::App app{"Copies the dates kept in your contacts into your calendars.", "annivo"};
+  std::map<const CLI::App*, Action> actions;
+  bool json = false;
+
+  ImportRequest import{{}, "vCards", {}};
+  std::string kind, calendar, title, key, shell, from;
+  std::optional<std::string> forKind;
+  std::vector<std::string> values;
+  CLI::App* valued = nullptr;
+  bool reset = false, print = false;
+  NewAlarm alarm;
+  int number = 0;
+  int days = 366;
+
+  CLI::App& command(CLI::App& parent, const char* name, const char* help, Action action = {}) {
+    CLI::App& added = *parent.add_subcommand(name, help);
+    added.fallthrough();
+    if (action) actions.emplace(&added, std::move(action));
+    return added;
+  }
+
+  void addContacts() {
+    CLI::App& imports = command(app, "import", "Bring in contacts from vCard files and folders",
+                                [this](Session& s) { importCommand(s, import); });
+    imports.add_option("PATH", import.paths, "vCard files, or folders of them")->required();
+    imports.add_option("--source", import.source,
+                       "Name of the source; importing into it again replaces it");
+    imports.add_option("--me", import.me, "UID of your own card");
+    command(app, "people", "List the people with their dates", peopleCommand);
+    command(app, "groups", "List the groups", groupsCommand);
+    command(app, "labels", "List the labels of the dates", labelsCommand);
+  }
+
+  void addCalendars() {
+    CLI::App& calendars =
+        command(app, "calendars", "List, choose and create calendars", calendarsCommand);
+    calendars.require_subcommand(0, 1);
+    CLI::App& choose = command(calendars, "choose", "Choose the calendar for dates",
+                               [this](auto& s) { chooseCalendarCommand(s, kind, calendar); });
+    choose.add_option("KIND", kind, "birthdays, anniversaries or both")
+        ->required()
+        ->check(CLI::IsMember(kKinds));
+    choose.add_option("CALENDAR", calendar, "Its title or UID")->required();
+    CLI::App& create = command(calendars, "create", "Create a calendar",
+                               [this](auto& s) { createCalendarCommand(s, title, forKind); });
+    create.add_option("TITLE", title, "Its title")->required();
+    create.add_option("--for", forKind, "Choose it for birthdays, anniversaries or both")
+        ->check(CLI::IsMember(kKinds));
+    CLI::App& none = command(calendars, "none", "Write no events of a kind",
+                             [this](auto& s) { noCalendarCommand(s, kind); });
+    none.add_option("KIND", kind, "birthdays, anniversaries or both")
+        ->required()
+        ->check(CLI::IsMember(kKinds));
+  }
+
+  void addSettings() {
+    CLI::App& settingsApp =
+        command(app, "settings", "Show and change settings", [this](Session& s) {
+          if (key.empty()) return settingsCommand(s);
+          if (reset) return resetSettingCommand(s, key);
+          if (values.empty()) return showSettingCommand(s, key);
+          setSettingCommand(s, key, values);
+        });
+    settingsApp.add_option("KEY", key, "The setting");
+    settingsApp.add_flag("--reset", reset, "Go back to the default");
+    // The words of a value stay as they are: CLI11 would take "[a,b]" for two.
+    settingsApp.fallthrough(false)->allow_extras();
+    settingsApp.add_flag("--json", json, "Results as JSON");
+    settingsApp.footer("VALUE ... after KEY sets it.");
+    valued = &settingsApp;
+    CLI::App& alarms = command(app, "alarms", "List, add and remove alarms", alarmsCommand);
+    alarms.require_subcommand(0, 1);
+    CLI::App& add = command(alarms, "add", "Add an alarm to every event",
+                            [this](auto& s) { addAlarmCommand(s, alarm); });
+    add.add_option("KIND", alarm.kind, "message, email, sound or file")
+        ->required()
+        ->check(CLI::IsMember(kAlarms));
+    add.add_option("--days", alarm.days, "Days before the date")->check(CLI::Range(0, 3650));
+    add.add_option("--time", alarm.time, "Time of day, such as 08:00");
+    add.add_option("--for", alarm.dates, "birthdays, anniversaries or both")
+        ->check(CLI::IsMember(kKinds));
+    command(alarms, "remove", "Remove an alarm", [this](auto& s) { removeAlarmCommand(s, number); })
+        .add_option("NUMBER", number, "Its number in the list")
+        ->required();
+  }
+
+  void addRuns() {
+    command(app, "preview", "Show what a run would change, and change nothing", previewCommand);
+    command(app, "run", "Bring the calendars up to date", runCommand);
+    CLI::App& lists = command(app, "list", "List the coming events", [this](auto& s) {
+      listCommand(s, from.empty() ? std::nullopt : std::optional(from), days);
+    });
+    lists.add_option("--from", from, "First day, such as 2026-06-10 (today)");
+    lists.add_option("--days", days, "Number of days")->check(CLI::Range(1, 36500));
+    command(app, "status", "Show how things stand", statusCommand);
+    command(app, "on", "Switch the agent on", onCommand);
+    command(app, "off", "Switch the agent off and take its events out", offCommand);
+  }
+
+  void addService() {
+    CLI::App& service = command(app, "service", "Let runs start by themselves (systemd)");
+    service.require_subcommand(0, 1);
+    service.add_flag("--print", print, "Show the units");
+    actions.emplace(&service, [this](Session& s) {
+      if (!print)
+        throw Refusal{"say \"service install\", \"service remove\" or \"service --print\""};
+      printServiceCommand(s);
+    });
+    command(service, "install", "Install the units and start them",
+            [this](auto& s) { print ? printServiceCommand(s) : installServiceCommand(s); });
+    command(service, "remove", "Stop the units and remove them",
+            [this](auto& s) { print ? printServiceCommand(s) : removeServiceCommand(s); });
+    command(app, "completions", "Print the completion script of a shell",
+            [this](Session& s) { s.console.out << completionScript(shell); })
+        .add_option("SHELL", shell, "bash, zsh or fish")
+        ->required()
+        ->check(CLI::IsMember(kShells));
+  }
+
+  [[nodiscard]] std::vector<std::string> valuesFor(Session& session, const std::string& path,
+                                                   const std::vector<std::string>& given) const;
+};
+
+CommandLine::CommandLine() : state_(std::make_unique<State>()) {
+  CLI::App& app = state_->app;
+  app.require_subcommand(1, 1);
+  app.set_version_flag("--version", kVersion);
+  app.add_flag("--json", state_->json, "Results as JSON");
+  state_->addContacts();
+  state_->addCalendars();
+  state_->addSettings();
+  state_->addRuns();
+  state_->addService();
+}
+
+CommandLine::~CommandLine() = default;
+
+CommandLine::Outcome CommandLine::parse(const std::vector<std::string>& words, std::ostream& out,
+                                        std::ostream& err) {
+  try {
+    std::vector<std::string> reversed(words.rbegin(), words.rend());
+    state_->app.parse(std::move(reversed));
+    state_->values = state_->valued->remaining();
+    for (const std::string& value : state_->values) {
+      if (!value.starts_with("--")) continue;
+      throw CLI::ParseError("there is no option \"" + value + '"', CLI::ExitCodes::ExtrasError);
+    }
+    return Outcome::command;
+  } catch (const CLI::Success& success) {  // Help and version.
+    state_->app.exit(success, out, err);
+    return Outcome::done;
+  } catch (const CLI::ParseError& error) {
+    err << "annivo: " << printable(problem(state_->app, error)) << " (\""
+        << fullName(commandOf(state_->app)) << " --help\" says more)\n";
+    return Outcome::usage;
+  }
+}
+
+bool CommandLine::json() const { return state_->json; }
+
+void CommandLine::run(Session& session) const {
+  const Action& action = state_->actions.at(&commandOf(state_->app));
+  action(session);
+}
+
+std::vector<std::string> CommandLine::State::valuesFor(
+    Session& session, const std::string& path, const std::vector<std::string>& given) const {
+  const auto titles = [&] { return settingNamed("birthday-calendar").values(session); };
+  if (!given.empty() && given.back() == "--for") return kKinds;
+  if (path == " calendars choose") return given.empty() ? kKinds : titles();
+  if (path == " calendars none") return kKinds;
+  if (path == " alarms add") return given.empty() ? kAlarms : std::vector<std::string>();
+  if (path == " completions") return kShells;
+  std::vector<std::string> found;
+  if (path == " alarms remove") {
+    AnvCalPrefs prefs(session.platform);
+    for (const ListedAlarm& alarmRow :
+         listedAlarms(prefs.prefs()["alarmTable"], session.platform.defaultTimeZone())) {
+      found.push_back(std::to_string(alarmRow.number));
+    }
+  }
+  if (path == " settings") {
+    for (const Setting& setting : settings()) {
+      if (given.empty()) found.push_back(setting.name);
+      if (!given.empty() && setting.name == given.front() && setting.values) {
+        return setting.values(session);
+      }
+    }
+  }
+  return found;
+}
+
+std::vector<std::string> CommandLine::completions(Session& session,
+                                                  const std::vector<std::string>& words) const {
+  const CLI::App* command = &state_->app;
+  std::string path;
+  std::vector<std::string> given;
+  for (std::size_t i = 0; i + 1 < words.size(); ++i) {
+    const auto subcommands = command->get_subcommands({});
+    const auto found = std::find_if(subcommands.begin(), subcommands.end(), [&](const auto* sub) {
+      return given.empty() && sub->get_name() == words[i];
+    });
+    const CLI::App* next = found == subcommands.end() ? nullptr : *found;
+    if (next) {
+      command = next;
+      path += ' ' + words[i];
+    } else {
+      given.push_back(words[i]);
+    }
+  }
+  const std::string current = words.empty() ? "" : words.back();
+  std::vector<std::string> candidates;
+  if (current.starts_with("-")) {
+    for (const CLI::Option* option : command->get_options()) {
+      for (const std::string& name : option->get_lnames()) candidates.push_back("--" + name);
+    }
+    if (command != &state_->app) candidates.emplace_back("--json");
+  } else {
+    candidates = state_->valuesFor(session, path, given);
+    if (given.empty()) {
+      for (const CLI::App* sub : command->get_subcommands({})) {
+        candidates.push_back(sub->get_name());
+      }
+    }
+  }
+  std::erase_if(candidates, [&](const std::string& word) { return !word.starts_with(current); });
+  return candidates;
+}
+
+}  // namespace annivo

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#include <chrono>
+#include <optional>
+
+#include "parent/command/Commands.h"
+
+namespace annivo {
+
+namespace {
+
+constexpr std::chrono::seconds kPatience{60};
+
+/// Waits for the outcome of a check.
+class Outcome final : public SUUpdaterDelegate {
+ public:
+  void updaterDidFindValidUpdate(const SUAppcastItem& item) override {
+    found_ = item;
+    over_ = true;
+  }
+  void updaterDidNotFindUpdate() override { over_ = true; }
+
+  std::optional<SUAppcastItem> waitOn(NSRunLoop& runLoop) {
+    const auto limit = NSRunLoop::Time::clock::now() + kPatience;
+    while (!over_ && NSRunLoop::Time::clock::now() < limit && runLoop.runModeBeforeDate(limit)) {
+    }
+    return found_;
+  }
+
+ private:
+  std::optional<SUAppcastItem> found_;
+  bool over_ = false;
+};
+
+}  // namespace
+
+void launchedCommand(Session& session) {
+  Platform& platform = session.platform;
+  markLaunch(platform);
+  const std::string path = parentBundlePath(session);
+  const NSBundle parent(platform.fileManager(), path);
+  const NSBundle framework(platform.fileManager(), path + "/Contents/Frameworks/Sparkle.framework");
+  auto sparkle = SUFramework::load(framework);
+  if (!sparkle) throw Refusal{sparkle.error().description};
+  Outcome outcome;
+  SUUpdater& updater = (*sparkle)->updaterForBundle(parent, platform.updateHost());
+  updater.setDelegate(&outcome);
+  updater.checkForUpdateInformation();
+  const auto item = outcome.waitOn(platform.runLoop());
+  storeChoices(session, {{"SULastCheckTime", platform.clock().now()}});
+  if (!item) return;
+  NSAlert alert;
+  alert.messageText = "Annivo 2 " + printable(item->displayVersion) + " is out";
+  alert.informativeText = item->url.empty() ? "A newer version than yours has been published."
+                                            : "It can be had at " + printable(item->url);
+  platform.alerts().runModal(alert);
+}
+
+}  // namespace annivo

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+#include "parent/command/Program.h"
+
+int main(int argc, char** argv) {
+  const auto environment = [](const char* name) {
+    const char* value = std::getenv(name);
+    return std::string(value ? value : "");
+  };
+  annivo::ProgramStart start;
+  start.name = argc > 0 ? std::filesystem::path(argv[0]).filename().string() : "";
+  std::error_code error;
+  start.executable = std::filesystem::read_symlink("/proc/self/exe", error).string();
+  start.words.assign(argv + (argc > 0 ? 1 : 0), argv + argc);
+  start.environment = environment;
+  start.outTerminal = isatty(STDOUT_FILENO) == 1;
+  annivo::Console console{.out = std::cout,
+                          .err = std::cerr,
+                          .colours = start.outTerminal && environment("NO_COLOR").empty() &&
+                                     environment("TERM") != "dumb",
+                          .errTerminal = isatty(STDERR_FILENO) == 1};
+  return annivo::runProgram(start, console);
+}

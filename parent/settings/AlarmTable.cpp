@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+#include "parent/settings/AlarmTable.h"
+
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <optional>
+#include <utility>
+
+#include "base/Reason.h"
+#include "parent/command/Console.h"
+
+namespace annivo {
+
+namespace {
+
+constexpr std::size_t kRows = 5;
+constexpr int kMostDays = 3650;
+constexpr std::array<std::pair<const char*, const char*>, 4> kKinds{
+    {{"message", "Message"}, {"email", "Email"}, {"sound", "Sound"}, {"file", "Open File"}}};
+
+std::string shownKind(const std::string& stored) {
+  for (const auto& [word, kind] : kKinds) {
+    if (stored == kind) return word;
+  }
+  return stored;
+}
+
+std::optional<std::string> storedKind(const std::string& word) {
+  for (const auto& [known, kind] : kKinds) {
+    if (word == known) return kind;
+  }
+  return std::nullopt;
+}
+
+/// "8:05" as hour and minute.
+std::optional<std::pair<int, int>> parseTime(const std::string& text) {
+  int hour = 0;
+  int minute = 0;
+  int used = 0;
+  if (std::sscanf(text.c_str(), "%2d:%2d%n", &hour, &minute, &used) != 2 ||
+      static_cast<std::size_t>(used) != text.size() || std::isdigit(text[0]) == 0 || hour > 23 ||
+      minute < 0 || minute > 59) {
+    return std::nullopt;
+  }
+  return std::pair(hour, minute);
+}
+
+bool isFree(const PropertyList& row) {
+  return row["type"].isNil() || row["type"].isEqualToString("None");
+}
+
+PropertyList::Array rowsOf(const PropertyList& table) {
+  return table.array() ? *table.array() : PropertyList::Array();
+}
+
+PropertyList freeRow(const PropertyList& time) {
+  return PropertyList::Dictionary{
+      {"type", "None"}, {"days", "0"}, {"time", time}, {"birth", false}, {"anni", false}};
+}
+
+}  // namespace
+
+std::vector<ListedAlarm> listedAlarms(const PropertyList& table, const NSTimeZone& zone) {
+  std::vector<ListedAlarm> alarms;
+  int number = 0;
+  for (const PropertyList& row : rowsOf(table)) {
+    ++number;
+    if (isFree(row)) continue;
+    std::string time;
+    if (row["time"].date()) {
+      const CivilTime civil = zone.civil(*row["time"].date());
+      std::array<char, 16> text{};
+      std::snprintf(text.data(), text.size(), "%02d:%02d", civil.hour, civil.minute);
+      time = text.data();
+    }
+    alarms.push_back({.number = number,
+                      .kind = shownKind(row["type"].stringOr("")),
+                      .days = row["days"].intValue(),
+                      .time = time,
+                      .birthdays = row["birth"].isTheTrueObject(),
+                      .anniversaries = row["anni"].isTheTrueObject()});
+  }
+  return alarms;
+}
+
+Result<PropertyList> withAlarm(const PropertyList& table, const ListedAlarm& alarm, Date now,
+                               const NSTimeZone& zone) {
+  const auto kind = storedKind(alarm.kind);
+  if (!kind) {
+    return reason("there is no alarm \"" + alarm.kind +
+                  "\"; there are message, email, sound and file");
+  }
+  const auto time = parseTime(alarm.time);
+  if (!time) return reason("\"" + alarm.time + "\" is no time of day such as 08:00");
+  if (alarm.days < 0 || alarm.days > kMostDays) {
+    return reason("an alarm comes 0 to 3650 days before the date");
+  }
+  for (const ListedAlarm& there : listedAlarms(table, zone)) {
+    if (there.kind == alarm.kind && there.days == alarm.days && parseTime(there.time) == time &&
+        there.birthdays >= alarm.birthdays && there.anniversaries >= alarm.anniversaries) {
+      return table;
+    }
+  }
+  const CivilTime today = zone.civil(now);
+  const PropertyList moment = zone.date({.year = today.year,
+                                         .month = today.month,
+                                         .day = today.day,
+                                         .hour = time->first,
+                                         .minute = time->second});
+  PropertyList::Array rows = rowsOf(table);
+  while (rows.size() < kRows) rows.push_back(freeRow(moment));
+  for (PropertyList& row : rows) {
+    if (!isFree(row)) continue;
+    row = PropertyList::Dictionary{{"type", *kind},
+                                   {"days", std::to_string(alarm.days)},
+                                   {"time", moment},
+                                   {"birth", alarm.birthdays},
+                                   {"anni", alarm.anniversaries}};
+    return PropertyList(rows);
+  }
+  return reason("all five alarms are in use; \"annivo alarms remove NUMBER\" frees one");
+}
+
+Result<PropertyList> withoutAlarm(const PropertyList& table, int number) {
+  PropertyList::Array rows = rowsOf(table);
+  if (number < 1 || static_cast<std::size_t>(number) > rows.size() ||
+      isFree(rows[static_cast<std::size_t>(number) - 1])) {
+    return reason("there is no alarm " + std::to_string(number) +
+                  "; \"annivo alarms\" lists those there are");
+  }
+  PropertyList& row = rows[static_cast<std::size_t>(number) - 1];
+  row = freeRow(row["time"]);
+  return PropertyList(rows);
+}
+
+std::string alarmText(const ListedAlarm& alarm) {
+  std::string text = alarm.kind + ' ';
+  text += alarm.days == 0
+              ? "on the day"
+              : counted(static_cast<std::size_t>(alarm.days), "day", "days") + " before";
+  text += " at " + alarm.time + ", for ";
+  if (alarm.birthdays && alarm.anniversaries) return text + "birthdays and anniversaries";
+  return text + (alarm.birthdays ? "birthdays" : alarm.anniversaries ? "anniversaries" : "nothing");
+}
+
+}  // namespace annivo

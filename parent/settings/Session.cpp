@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "parent/settings/Session.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+
+#include "codecs/vcard/VCardDate.h"
+
+namespace annivo {
+
+std::string parentBundlePath(const Session& session) {
+  return NSBundle::enclosing(session.platform.fileManager(), session.executable).bundlePath();
+}
+
+std::string agentExecutable(const NSFileManager& files, const std::string& parentBundle) {
+  return NSBundle(files, parentBundle + "/Contents/Helpers/AnnivoAgent.app").executablePath();
+}
+
+PlatformParts agentParts(const std::string& home, const std::string& agentExecutable,
+                         Environment environment, std::unique_ptr<Clock> clock) {
+  PlatformParts parts;
+  parts.home = home;
+  parts.executable = agentExecutable;
+  parts.ownDomain = kAgentDomain;
+  parts.environment = std::move(environment);
+  parts.clock = std::move(clock);
+  return parts;
+}
+
+void storeChoices(Session& session, const PropertyList::Dictionary& choices) {
+  CFPreferences& preferences = session.platform.appPreferences();
+  for (const auto& [key, value] : choices) preferences.setAppValue(key, value, kParentDomain);
+  if (auto stored = preferences.appSynchronize(kParentDomain); !stored) {
+    throw Refusal{stored.error().description};
+  }
+}
+
+void setLaunch(Platform& platform) {
+  Date launch = platform.clock().now();
+  const PropertyList& lastUpdate = platform.standardUserDefaults().objectForKey("lastUpdate");
+  if (lastUpdate.date())
+    launch = std::max(launch, *lastUpdate.date() + std::chrono::milliseconds(1));
+  platform.appPreferences().setAppValue("lastLaunched", launch, kParentDomain);
+}
+
+void markLaunch(Platform& platform) {
+  setLaunch(platform);
+  if (auto stored = platform.appPreferences().appSynchronize(kParentDomain); !stored) {
+    throw Refusal{stored.error().description};
+  }
+}
+
+std::string dayText(Date date, const NSTimeZone& zone) {
+  const CivilTime civil = zone.civil(date);
+  std::array<char, 48> text{};
+  if (civil.year == kYearOfNoYear) {
+    std::snprintf(text.data(), text.size(), "--%02d-%02d", civil.month, civil.day);
+  } else {
+    std::snprintf(text.data(), text.size(), "%04lld-%02d-%02d", static_cast<long long>(civil.year),
+                  civil.month, civil.day);
+  }
+  return text.data();
+}
+
+std::string momentText(Date date, const NSTimeZone& zone) {
+  const CivilTime civil = zone.civil(date);
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), " %02d:%02d", civil.hour, civil.minute);
+  return dayText(date, zone) + text.data();
+}
+
+}  // namespace annivo

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <filesystem>
+
+#include "parent/settings/AlarmTable.h"
+#include "parent/settings/Settings.h"
+#include "run/AnvCalPrefs.h"
+
+namespace annivo {
+
+namespace {
+
+bool hasControlCharacters(const std::string& text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
+}
+
+const std::string& oneWord(const std::vector<std::string>& words, const char* what) {
+  if (words.size() != 1 || words.front().empty() || hasControlCharacters(words.front())) {
+    throw Refusal{std::string("give ") + what};
+  }
+  return words.front();
+}
+
+void setEmail(Session& session, const std::vector<std::string>& words) {
+  const std::string& address = oneWord(words, "one e-mail address");
+  const auto at = address.find('@');
+  if (at == 0 || at == address.npos || at + 1 == address.size() ||
+      address.find('@', at + 1) != address.npos || address.find(' ') != address.npos) {
+    throw Refusal{"\"" + address + "\" is no e-mail address"};
+  }
+  storeChoices(session, {{"setEmail", address}});
+}
+
+void setFile(Session& session, const std::vector<std::string>& words) {
+  std::string path = oneWord(words, "one path");
+  if (path == "~" || path.starts_with("~/")) {
+    path.replace(0, 1, session.platform.homeDirectory());
+  }
+  path = standardizedPath(std::filesystem::absolute(path).string());
+  if (!session.platform.fileManager().fileExistsAtPath(path)) {
+    throw Refusal{"there is no file " + path + " for the alarm to open"};
+  }
+  storeChoices(session, {{"alarmFilePath", path}});
+}
+
+Setting textSetting(const char* name, const char* key, const char* help) {
+  return {.name = name,
+          .help = help,
+          .show = [key](Session& session) { return AnvCalPrefs(session.platform).text(key); },
+          .set = {},
+          .reset =
+              [key](Session& session) {
+                storeChoices(session, {{key, PropertyList()}});
+              },
+          .values = {}};
+}
+
+}  // namespace
+
+std::vector<Setting> alarmSettings() {
+  Setting alarms{.name = "alarms",
+                 .help = "the alarms of events; \"annivo alarms add\" and \"remove\" change them",
+                 .show =
+                     [](Session& session) {
+                       AnvCalPrefs prefs(session.platform);
+                       std::string text;
+                       for (const ListedAlarm& alarm : listedAlarms(
+                                prefs.prefs()["alarmTable"], session.platform.defaultTimeZone())) {
+                         text += (text.empty() ? "" : "; ") + alarmText(alarm);
+                       }
+                       return text.empty() ? "none" : text;
+                     },
+                 .set = {},
+                 .reset =
+                     [](Session& session) {
+                       storeChoices(session, {{"alarmTable", PropertyList()}});
+                     },
+                 .values = {}};
+  Setting email = textSetting("email", "setEmail", "the address that e-mail alarms go to");
+  email.set = setEmail;
+  Setting sound = textSetting("sound", "selectedSystemSound", "the sound of sound alarms");
+  sound.set = [](Session& session, const std::vector<std::string>& words) {
+    storeChoices(session, {{"selectedSystemSound", oneWord(words, "the name of one sound")}});
+  };
+  sound.values = [](Session&) {
+    return std::vector<std::string>{"Basso", "Blow",   "Bottle",    "Frog", "Funk",
+                                    "Glass", "Hero",   "Morse",     "Ping", "Pop",
+                                    "Purr",  "Sosumi", "Submarine", "Tink"};
+  };
+  Setting file = textSetting("file", "alarmFilePath", "the file that file alarms open");
+  file.set = setFile;
+  return {std::move(alarms), std::move(email), std::move(sound), std::move(file)};
+}
+
+}  // namespace annivo

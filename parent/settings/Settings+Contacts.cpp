@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+
+#include "base/Unicode.h"
+#include "contacts/ZPKAddressBookDates.h"
+#include "parent/settings/Contacts.h"
+#include "parent/settings/Settings.h"
+
+namespace annivo {
+
+namespace {
+
+PropertyList stored(Session& session, const char* key) {
+  const auto& domain =
+      session.platform.standardUserDefaults().persistentDomainForName(kParentDomain);
+  if (!domain) return {};
+  const auto found = domain->find(key);
+  return found == domain->end() ? PropertyList() : found->second;
+}
+
+std::string shownGroup(Session& session) {
+  const std::string uid = stored(session, "selectedGroupUID").stringOr("");
+  if (uid.empty()) return "all";
+  for (const ListedGroup& group : Contacts(session.platform).groups()) {
+    if (group.uid == uid) return group.name;
+  }
+  return uid + " (there is no such group any more)";
+}
+
+ListedGroup findGroup(Session& session, const std::string& wanted) {
+  std::vector<ListedGroup> named;
+  for (const ListedGroup& group : Contacts(session.platform).groups()) {
+    if (group.uid == wanted) return group;
+    if (caseFolded(group.name) == caseFolded(wanted)) named.push_back(group);
+  }
+  if (named.empty()) {
+    throw Refusal{"there is no group \"" + wanted + "\"; \"annivo groups\" lists those there are"};
+  }
+  if (named.size() > 1) {
+    std::string uids;
+    for (const ListedGroup& group : named) uids += (uids.empty() ? "" : ", ") + group.uid;
+    throw Refusal{"several groups are called \"" + wanted + "\"; give one of their UIDs: " + uids};
+  }
+  return named.front();
+}
+
+void setGroup(Session& session, const std::vector<std::string>& words) {
+  if (words.size() != 1) throw Refusal{"give one group (quote a name of several words), or all"};
+  if (words.front() == "all") {
+    return storeChoices(session,
+                        {{"selectedGroupUID", PropertyList()}, {"selectedGroup", PropertyList()}});
+  }
+  const ListedGroup group = findGroup(session, words.front());
+  storeChoices(session, {{"selectedGroupUID", group.uid}, {"selectedGroup", group.name}});
+}
+
+std::string shownLabels(Session& session) {
+  std::string text;
+  ZPKAddressBookDates dates(session.platform);
+  for (const std::string& label : dates.filterLabels()) {
+    text += (text.empty() ? "" : ", ") + session.platform.localizedString(label, "");
+  }
+  return text.empty() ? "none" : text;
+}
+
+void setLabels(Session& session, const std::vector<std::string>& words) {
+  if (words.size() == 1 && words.front() == "none") {
+    return storeChoices(session, {{"theLabels", PropertyList()}});
+  }
+  const auto labels = Contacts(session.platform).labels();
+  PropertyList::Array chosen;
+  for (const std::string& word : words) {
+    const auto found = std::find_if(labels.begin(), labels.end(), [&](const ListedLabel& label) {
+      return label.dateType == word || caseFolded(label.shown) == caseFolded(word);
+    });
+    if (found == labels.end()) {
+      throw Refusal{"no date has the label \"" + word +
+                    "\"; \"annivo labels\" lists those there are"};
+    }
+    chosen.emplace_back(found->dateType);
+  }
+  storeChoices(session, {{"theLabels", chosen}});
+}
+
+}  // namespace
+
+std::vector<Setting> contactSettings() {
+  return {{.name = "group",
+           .help = "whose dates are taken: a group with its subgroups, or all",
+           .show = shownGroup,
+           .set = setGroup,
+           .reset = [](Session& session) { setGroup(session, {"all"}); },
+           .values =
+               [](Session& session) {
+                 std::vector<std::string> names{"all"};
+                 for (const auto& group : Contacts(session.platform).groups()) {
+                   names.push_back(group.name);
+                 }
+                 return names;
+               }},
+          {.name = "excluded-labels",
+           .help = "dates that are left out, by their labels, or none",
+           .show = shownLabels,
+           .set = setLabels,
+           .reset = [](Session& session) { setLabels(session, {"none"}); },
+           .values =
+               [](Session& session) {
+                 std::vector<std::string> names{"none"};
+                 for (const auto& label : Contacts(session.platform).labels()) {
+                   names.push_back(label.shown);
+                 }
+                 return names;
+               }}};
+}
+
+}  // namespace annivo

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "parent/settings/Settings.h"
+#include "parent/settings/TitleChoice.h"
+#include "run/AnvCalPrefs.h"
+
+namespace annivo {
+
+namespace {
+
+Setting titleSetting(const std::string& name, const std::string& key, DateKind kind) {
+  return {.name = name,
+          .help = "the title of events, such as \"{first name} {last name}: {ordinal age} {type}\"",
+          .show =
+              [key, kind](Session& session) {
+                AnvCalPrefs prefs(session.platform);
+                const auto titleFormat = prefs.texts(key);
+                return templateText(titleFormat) + "  (\"" +
+                       exampleTitle(session.platform, kind, titleFormat) + "\")";
+              },
+          .set =
+              [key](Session& session, const std::vector<std::string>& words) {
+                const auto elements = templateFromWords(words);
+                if (!elements) throw Refusal{elements.error().description};
+                PropertyList::Array stored(elements->begin(), elements->end());
+                storeChoices(session, {{key, stored}});
+              },
+          .reset =
+              [key](Session& session) {
+                storeChoices(session, {{key, PropertyList()}});
+              },
+          .values = [](Session&) { return tokenWords(); }};
+}
+
+}  // namespace
+
+std::vector<Setting> titleSettings() {
+  return {titleSetting("birthday-title", "titleBirthdays", DateKind::birthday),
+          titleSetting("anniversary-title", "titleAnniversaries", DateKind::anniversary)};
+}
+
+}  // namespace annivo

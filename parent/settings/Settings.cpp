@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "parent/settings/Settings.h"
+
+#include <algorithm>
+
+#include "parent/command/Commands.h"
+#include "parent/settings/ChosenCalendars.h"
+
+namespace annivo {
+
+namespace {
+
+Setting calendarSetting(const std::string& name, const std::string& kind) {
+  return {.name = name,
+          .help = "the calendar for " + kind + ": its title or UID, or none",
+          .show =
+              [kind](Session& session) {
+                AnvCalPrefs prefs(session.platform);
+                const ChosenCalendars chosen = chosenCalendars(prefs);
+                const auto& calendar =
+                    kind == "birthdays" ? chosen.birthdays : chosen.anniversaries;
+                if (!calendar) return std::string("none");
+                const auto found =
+                    session.platform.defaultCalendarStore().calendarWithUID(calendar->uid);
+                return found ? found->title() : calendar->title + " (the next run makes it)";
+              },
+          .set =
+              [kind](Session& session, const std::vector<std::string>& words) {
+                if (words.size() != 1) throw Refusal{"give one calendar"};
+                if (words.front() == "none") return noCalendarCommand(session, kind);
+                chooseCalendarCommand(session, kind, words.front());
+              },
+          .reset = [kind](Session& session) { noCalendarCommand(session, kind); },
+          .values =
+              [](Session& session) {
+                std::vector<std::string> titles{"none"};
+                for (const auto& calendar : session.platform.defaultCalendarStore().calendars()) {
+                  titles.push_back(calendar->title());
+                }
+                return titles;
+              }};
+}
+
+}  // namespace
+
+const std::vector<Setting>& settings() {
+  static const std::vector<Setting> kSettings = [] {
+    std::vector<Setting> all{calendarSetting("birthday-calendar", "birthdays"),
+                             calendarSetting("anniversary-calendar", "anniversaries")};
+    for (auto part : {titleSettings(), contactSettings(), alarmSettings(), agentSettings()}) {
+      std::move(part.begin(), part.end(), std::back_inserter(all));
+    }
+    return all;
+  }();
+  return kSettings;
+}
+
+const Setting& settingNamed(const std::string& name) {
+  std::string names;
+  for (const Setting& setting : settings()) {
+    if (setting.name == name) return setting;
+    names += (names.empty() ? "" : ", ") + setting.name;
+  }
+  throw Refusal{"there is no setting \"" + name + "\"; there are " + names};
+}
+
+}  // namespace annivo

@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: MIT
+#include "parent/sources/Import.h"
+
+#include "base/Reason.h"
+#include "parent/sources/StableUUID.h"
+#include "parent/sources/VCardFiles.h"
+
+namespace annivo {
+
+namespace {
+
+constexpr const char* kAddressBook = "Library/Application Support/AddressBook";
+constexpr const char* kStore = "AddressBook-v22.abcddb";
+
+/// A source's folder and what it was last made from.
+class SourceFolder {
+ public:
+  SourceFolder(Platform& platform, const std::string& name)
+      : platform_(platform),
+        name_(name),
+        path_(platform.homeDirectory() + '/' + kAddressBook + "/Sources/" +
+              stableUUID("address book source " + name)) {
+    const auto bytes = platform_.fileManager().contentsAtPath(configurationPath());
+    if (!bytes) return;
+    const auto read = parsePropertyList(*bytes, configurationPath());
+    if (read) configuration_ = *read;
+  }
+
+  [[nodiscard]] std::string me() const { return configuration_["me"].stringOr(""); }
+
+  [[nodiscard]] bool holds(const std::string& digest) const {
+    const auto store = platform_.fileManager().attributesAtPath(storePath(), Links::follow);
+    const auto* size = configuration_["storeSize"].integer();
+    return configuration_["digest"].isEqualToString(digest) && store && size &&
+           store->size == static_cast<std::uint64_t>(*size);
+  }
+
+  /// Replaces the store. After a failure the old one is as it was.
+  Result<void> write(const ImportedSource& source, const std::string& digest,
+                     const std::string& me) {
+    NSFileManager& files = platform_.fileManager();
+    if (auto made = files.createDirectoriesUnder(platform_.homeDirectory(), path_ + "/Metadata");
+        !made) {
+      return made;
+    }
+    const std::string temporary = path_ + "/." + kStore + ".tmp";
+    for (const char* leftover : {"", "-journal", "-wal", "-shm"}) {
+      (void)files.removeFile(temporary + leftover);
+    }
+    const Date now = platform_.clock().now();
+    if (auto written = AddressBookStoreWriter::write(temporary, StoreGeneration::current,
+                                                     source.people(), source.groups(), now);
+        !written) {
+      return written;
+    }
+    auto result = putInPlace(temporary);
+    if (!result) {
+      (void)files.removeFile(temporary);
+      return result;
+    }
+    if (auto touched = touchMetadata(now); !touched) return touched;
+    return remember(digest, me);
+  }
+
+ private:
+  [[nodiscard]] std::string storePath() const { return path_ + '/' + kStore; }
+  [[nodiscard]] std::string configurationPath() const { return path_ + "/Configuration.plist"; }
+
+  Result<void> putInPlace(const std::string& temporary) {
+    NSFileManager& files = platform_.fileManager();
+    if (auto synced = files.synchronize(temporary); !synced) return synced;
+    // A log of the old store beside the new one would be read into it.
+    for (const char* log : {"-wal", "-shm"}) {
+      if (auto removed = files.removeFile(storePath() + log);
+          !removed && removed.error().kind != Error::Kind::absent) {
+        return removed;
+      }
+    }
+    return files.rename(temporary, storePath());
+  }
+
+  Result<void> touchMetadata(Date now) {
+    return platform_.fileManager().writeAtomically(path_ + "/Metadata/import",
+                                                   describe(now) + "\n");
+  }
+
+  Result<void> remember(const std::string& digest, const std::string& me) {
+    const auto store = platform_.fileManager().attributesAtPath(storePath(), Links::follow);
+    if (!store) return store.error();
+    return platform_.fileManager().writeDurably(
+        configurationPath(), xmlPropertyList(PropertyList::Dictionary{
+                                 {"name", name_},
+                                 {"digest", digest},
+                                 {"storeSize", static_cast<std::int64_t>(store->size)},
+                                 {"me", me.empty() ? PropertyList() : PropertyList(me)}}));
+  }
+
+  Platform& platform_;
+  std::string name_;
+  std::string path_;
+  PropertyList configuration_;
+};
+
+std::string place(const std::string& file, std::size_t line, const std::string& name) {
+  return file + ':' + std::to_string(line) + (name.empty() ? "" : " " + name);
+}
+
+/// Takes the cards of one file after the other.
+class CardReader {
+ public:
+  CardReader(ImportedSource& source, ImportReport& report) : source_(source), report_(report) {}
+
+  void take(const std::string& file, const VCardText& card) {
+    ++cards_;
+    if (!card.skipped.empty()) return skip(place(file, card.line, ""), card.skipped);
+    auto contact = readContact(VCard::parse(card.text));
+    if (!contact) return skip(place(file, card.line, ""), contact.error().description);
+    const std::string where = place(file, card.line, contact->shownName);
+    const auto leftOut = contact->leftOut;
+    if (auto refused = source_.add(std::move(*contact), card.text)) return skip(where, *refused);
+    for (const std::string& date : leftOut) report_.skippedDates.push_back({where, date});
+  }
+
+  [[nodiscard]] std::size_t cards() const { return cards_; }
+
+ private:
+  void skip(const std::string& where, const std::string& why) {
+    report_.skippedCards.push_back({where, why});
+  }
+
+  ImportedSource& source_;
+  ImportReport& report_;
+  std::size_t cards_ = 0;
+};
+
+Result<void> readAll(const std::vector<VCardFile>& files, CardReader& reader,
+                     const ImportProgress& progress) {
+  std::uint64_t all = 0;
+  for (const VCardFile& file : files) all += file.size;
+  std::uint64_t done = 0;
+  for (const VCardFile& file : files) {
+    auto read = readVCardFile(
+        file.path, [&](const VCardText& card) { reader.take(file.path, card); },
+        [&](std::size_t bytes) { progress(done += bytes, all); });
+    if (!read) return read;
+  }
+  return {};
+}
+
+std::string joined(const std::vector<std::string>& paths) {
+  std::string text;
+  for (const std::string& path : paths) text += (text.empty() ? "" : ", ") + path;
+  return text;
+}
+
+}  // namespace
+
+Result<ImportReport> importVCards(Platform& platform, const ImportRequest& request,
+                                  const ImportProgress& progress) {
+  const auto files = findVCardFiles(request.paths);
+  if (!files) return files.error();
+  ImportReport report;
+  ImportedSource source(request.source);
+  CardReader reader(source, report);
+  if (auto read = readAll(*files, reader, progress); !read) return read.error();
+  source.finish();
+  if (source.people().empty()) {
+    std::string why =
+        "no vCard with a person in " + joined(request.paths) + "; the address book is as it was";
+    if (!report.skippedCards.empty()) {
+      why += " (" + report.skippedCards.front().where + ": " + report.skippedCards.front().reason +
+             ")";
+    }
+    return reason(why);
+  }
+  SourceFolder folder(platform, request.source);
+  const std::string me = request.me.value_or(folder.me());
+  const bool found = !me.empty() && source.setMe(me);
+  if (request.me && !found) {
+    return reason("no card has the UID \"" + *request.me +
+                  "\"; the address book is as it was (annivo people lists the UIDs)");
+  }
+  report.people = source.people().size();
+  report.dates = source.dateCount();
+  report.groups = source.groups().size();
+  const std::string digest = source.digest();
+  report.changed = !folder.holds(digest);
+  if (report.changed) {
+    if (auto written = folder.write(source, digest, found ? me : ""); !written)
+      return written.error();
+  }
+  return report;
+}
+
+}  // namespace annivo
