@@ -5,13 +5,10 @@
 #include <string_view>
 
 #include "base/Error.h"
+#include "base/StoredDay.h"
 #include "codecs/vcard/VCard.h"
-#include "platform/addressbook/AddressBookStoreWriter.h"
 
 namespace annivo {
-
-/// The year that stands for "no year".
-inline constexpr int kYearOfNoYear = 1604;
 
 /// The civil day that a date property names. A date with a time is the day as it is written,
 /// whatever the zone. The error's description says why there is no day, as the rest of a sentence

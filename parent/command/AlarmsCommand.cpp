@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "parent/command/Commands.h"
 #include "parent/settings/AlarmTable.h"
+#include "parent/settings/Words.h"
 #include "run/AnvCalPrefs.h"
 
 namespace annivo {
 
-void alarmsCommand(Session& session) {
+void alarmsCommand(CommandSession& session) {
   AnvCalPrefs prefs(session.platform);
   const auto alarms = listedAlarms(prefs.prefs()["alarmTable"], session.platform.defaultTimeZone());
   const Console& console = session.console;
@@ -27,7 +28,7 @@ void alarmsCommand(Session& session) {
   if (alarms.empty()) console.line("No alarms: \"annivo alarms add message --days 2\" adds one.");
 }
 
-void addAlarmCommand(Session& session, const NewAlarm& alarm) {
+void addAlarmCommand(CommandSession& session, const NewAlarm& alarm) {
   AnvCalPrefs prefs(session.platform);
   const PropertyList& stored = prefs.prefs()["alarmTable"];
   const auto table = withAlarm(stored,
@@ -46,7 +47,7 @@ void addAlarmCommand(Session& session, const NewAlarm& alarm) {
   alarmsCommand(session);
 }
 
-void removeAlarmCommand(Session& session, int number) {
+void removeAlarmCommand(CommandSession& session, int number) {
   AnvCalPrefs prefs(session.platform);
   const auto table = withoutAlarm(prefs.prefs()["alarmTable"], number);
   if (!table) throw Refusal{table.error().description};

@@ -3,6 +3,7 @@
 #include "parent/command/Commands.h"
 #include "parent/runs/ServiceUnits.h"
 #include "parent/settings/ChosenCalendars.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -21,46 +22,13 @@ std::string usedFor(const ChosenCalendars& chosen, const std::string& uid) {
   return birthdays ? "birthdays" : anniversaries ? "anniversaries" : "";
 }
 
-/// By UID, else by title, else by title in any case.
-Calendar findCalendar(Session& session, const std::string& wanted) {
-  CalCalendarStore& store = session.platform.defaultCalendarStore();
-  if (auto calendar = store.calendarWithUID(wanted)) return calendar;
-  std::vector<Calendar> exact, folded;
-  for (const Calendar& calendar : store.calendars()) {
-    if (calendar->title() == wanted) exact.push_back(calendar);
-    if (caseFolded(calendar->title()) == caseFolded(wanted)) folded.push_back(calendar);
-  }
-  const std::vector<Calendar>& found = exact.empty() ? folded : exact;
-  if (found.empty()) {
-    throw Refusal{"there is no calendar \"" + wanted +
-                  "\"; \"annivo calendars\" lists those there are, \"annivo calendars create\" "
-                  "makes one"};
-  }
-  if (found.size() > 1) {
-    std::string uids;
-    for (const Calendar& calendar : found) uids += (uids.empty() ? "" : ", ") + calendar->uid();
-    throw Refusal{"several calendars are called \"" + wanted +
-                  "\"; give one of their UIDs: " + uids};
-  }
-  return found.front();
-}
-
-void choose(Session& session, const std::string& kind,
-            const std::optional<ChosenCalendar>& calendar) {
-  AnvCalPrefs prefs(session.platform);
-  ChosenCalendars chosen = chosenCalendars(prefs);
-  if (kind != "anniversaries") chosen.birthdays = calendar;
-  if (kind != "birthdays") chosen.anniversaries = calendar;
-  storeChoices(session, calendarPreferences(chosen));
-}
-
 std::string kindText(const std::string& kind) {
   return kind == "both" ? "birthdays and anniversaries" : kind;
 }
 
 }  // namespace
 
-void calendarsCommand(Session& session) {
+void calendarsCommand(CommandSession& session) {
   AnvCalPrefs prefs(session.platform);
   const ChosenCalendars chosen = chosenCalendars(prefs);
   const auto& calendars = session.platform.defaultCalendarStore().calendars();
@@ -90,17 +58,14 @@ void calendarsCommand(Session& session) {
   }
 }
 
-void chooseCalendarCommand(Session& session, const std::string& kind, const std::string& calendar) {
-  const Calendar found = findCalendar(session, calendar);
-  if (!found->isEditable()) {
-    throw Refusal{"the calendar \"" + found->title() + "\" cannot be written; choose another"};
-  }
-  choose(session, kind, ChosenCalendar{found->uid(), found->title()});
+void chooseCalendarCommand(CommandSession& session, const std::string& kind,
+                           const std::string& calendar) {
+  const Calendar found = chooseCalendar(session, kind, calendar);
   session.console.note("The calendar for " + kindText(kind) + " is now \"" +
                        printable(found->title()) + "\".");
 }
 
-void createCalendarCommand(Session& session, const std::string& title,
+void createCalendarCommand(CommandSession& session, const std::string& title,
                            const std::optional<std::string>& kind) {
   if (title.find_first_not_of(" \t\n") == title.npos) throw Refusal{"a calendar needs a title"};
   const Calendar calendar = CalCalendar::calendar();
@@ -115,8 +80,8 @@ void createCalendarCommand(Session& session, const std::string& title,
   if (kind) chooseCalendarCommand(session, *kind, calendar->uid());
 }
 
-void noCalendarCommand(Session& session, const std::string& kind) {
-  choose(session, kind, std::nullopt);
+void noCalendarCommand(CommandSession& session, const std::string& kind) {
+  chooseNoCalendar(session, kind);
   session.console.note("No calendar is chosen for " + kindText(kind) +
                        "; the next run takes their events out.");
 }

@@ -9,6 +9,7 @@
 #include "parent/command/Commands.h"
 #include "parent/settings/AlarmTable.h"
 #include "parent/settings/Settings.h"
+#include "parent/settings/Words.h"
 #include "run/AnvCalPrefs.h"
 
 namespace annivo {
@@ -20,7 +21,7 @@ const std::vector<std::string> kKinds{"birthdays", "anniversaries", "both"};
 const std::vector<std::string> kAlarms{"message", "email", "sound", "file"};
 const std::vector<std::string> kShells{"bash", "zsh", "fish"};
 
-using Action = std::function<void(Session&)>;
+using Action = std::function<void(CommandSession&)>;
 
 /// The innermost command that the words name.
 const CLI::App& commandOf(const CLI::App& app) {
@@ -79,7 +80,7 @@ struct CommandLine::State {
 
   void addContacts() {
     CLI::App& imports = command(app, "import", "Bring in contacts from vCard files and folders",
-                                [this](Session& s) { importCommand(s, import); });
+                                [this](CommandSession& s) { importCommand(s, import); });
     imports.add_option("PATH", import.paths, "vCard files, or folders of them")->required();
     imports.add_option("--source", import.source,
                        "Name of the source; importing into it again replaces it");
@@ -113,7 +114,7 @@ struct CommandLine::State {
 
   void addSettings() {
     CLI::App& settingsApp =
-        command(app, "settings", "Show and change settings", [this](Session& s) {
+        command(app, "settings", "Show and change settings", [this](CommandSession& s) {
           if (key.empty()) return settingsCommand(s);
           if (reset) return resetSettingCommand(s, key);
           if (values.empty()) return showSettingCommand(s, key);
@@ -159,7 +160,7 @@ struct CommandLine::State {
     CLI::App& service = command(app, "service", "Let runs start by themselves (systemd)");
     service.require_subcommand(0, 1);
     service.add_flag("--print", print, "Show the units");
-    actions.emplace(&service, [this](Session& s) {
+    actions.emplace(&service, [this](CommandSession& s) {
       if (!print)
         throw Refusal{"say \"service install\", \"service remove\" or \"service --print\""};
       printServiceCommand(s);
@@ -169,13 +170,13 @@ struct CommandLine::State {
     command(service, "remove", "Stop the units and remove them",
             [this](auto& s) { print ? printServiceCommand(s) : removeServiceCommand(s); });
     command(app, "completions", "Print the completion script of a shell",
-            [this](Session& s) { s.console.out << completionScript(shell); })
+            [this](CommandSession& s) { s.console.out << completionScript(shell); })
         .add_option("SHELL", shell, "bash, zsh or fish")
         ->required()
         ->check(CLI::IsMember(kShells));
   }
 
-  [[nodiscard]] std::vector<std::string> valuesFor(Session& session, const std::string& path,
+  [[nodiscard]] std::vector<std::string> valuesFor(CommandSession& session, const std::string& path,
                                                    const std::vector<std::string>& given) const;
 };
 
@@ -216,13 +217,13 @@ CommandLine::Outcome CommandLine::parse(const std::vector<std::string>& words, s
 
 bool CommandLine::json() const { return state_->json; }
 
-void CommandLine::run(Session& session) const {
+void CommandLine::run(CommandSession& session) const {
   const Action& action = state_->actions.at(&commandOf(state_->app));
   action(session);
 }
 
 std::vector<std::string> CommandLine::State::valuesFor(
-    Session& session, const std::string& path, const std::vector<std::string>& given) const {
+    CommandSession& session, const std::string& path, const std::vector<std::string>& given) const {
   const auto titles = [&] { return settingNamed("birthday-calendar").values(session); };
   if (!given.empty() && given.back() == "--for") return kKinds;
   if (path == " calendars choose") return given.empty() ? kKinds : titles();
@@ -248,7 +249,7 @@ std::vector<std::string> CommandLine::State::valuesFor(
   return found;
 }
 
-std::vector<std::string> CommandLine::completions(Session& session,
+std::vector<std::string> CommandLine::completions(CommandSession& session,
                                                   const std::vector<std::string>& words) const {
   const CLI::App* command = &state_->app;
   std::string path;

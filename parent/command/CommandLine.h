@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "parent/settings/Session.h"
+#include "parent/command/Console.h"
 
 namespace annivo {
 
@@ -24,10 +24,10 @@ class CommandLine {
   };
   Outcome parse(const std::vector<std::string>& words, std::ostream& out, std::ostream& err);
   [[nodiscard]] bool json() const;
-  void run(Session& session) const;
+  void run(CommandSession& session) const;
 
   /// The words that can stand in the place of the last of `words`, for the shells.
-  [[nodiscard]] std::vector<std::string> completions(Session& session,
+  [[nodiscard]] std::vector<std::string> completions(CommandSession& session,
                                                      const std::vector<std::string>& words) const;
 
  private:

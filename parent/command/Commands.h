@@ -5,32 +5,33 @@
 #include <string>
 #include <vector>
 
-#include "parent/settings/Session.h"
+#include "parent/command/Console.h"
 #include "parent/sources/Import.h"
 
 namespace annivo {
 
 // One function a command. Each throws Refusal when it cannot do what it is asked.
 
-void importCommand(Session& session, const ImportRequest& request);
+void importCommand(CommandSession& session, const ImportRequest& request);
 
-void peopleCommand(Session& session);
-void groupsCommand(Session& session);
-void labelsCommand(Session& session);
+void peopleCommand(CommandSession& session);
+void groupsCommand(CommandSession& session);
+void labelsCommand(CommandSession& session);
 
-void calendarsCommand(Session& session);
+void calendarsCommand(CommandSession& session);
 /// `kind` is "birthdays", "anniversaries" or "both"; `calendar` a UID or a title.
-void chooseCalendarCommand(Session& session, const std::string& kind, const std::string& calendar);
-void createCalendarCommand(Session& session, const std::string& title,
+void chooseCalendarCommand(CommandSession& session, const std::string& kind,
+                           const std::string& calendar);
+void createCalendarCommand(CommandSession& session, const std::string& title,
                            const std::optional<std::string>& kind);
-void noCalendarCommand(Session& session, const std::string& kind);
+void noCalendarCommand(CommandSession& session, const std::string& kind);
 
-void settingsCommand(Session& session);
-void showSettingCommand(Session& session, const std::string& key);
-void setSettingCommand(Session& session, const std::string& key,
+void settingsCommand(CommandSession& session);
+void showSettingCommand(CommandSession& session, const std::string& key);
+void setSettingCommand(CommandSession& session, const std::string& key,
                        const std::vector<std::string>& values);
 /// Back to the default.
-void resetSettingCommand(Session& session, const std::string& key);
+void resetSettingCommand(CommandSession& session, const std::string& key);
 
 struct NewAlarm {
   std::string kind;  ///< "message", "email", "sound" or "file"
@@ -38,24 +39,24 @@ struct NewAlarm {
   std::string time = "08:00";
   std::string dates = "both";  ///< "birthdays", "anniversaries" or "both"
 };
-void alarmsCommand(Session& session);
-void addAlarmCommand(Session& session, const NewAlarm& alarm);
-void removeAlarmCommand(Session& session, int number);
+void alarmsCommand(CommandSession& session);
+void addAlarmCommand(CommandSession& session, const NewAlarm& alarm);
+void removeAlarmCommand(CommandSession& session, int number);
 
-void previewCommand(Session& session);
-void runCommand(Session& session);
+void previewCommand(CommandSession& session);
+void runCommand(CommandSession& session);
 
-void listCommand(Session& session, const std::optional<std::string>& from, int days);
+void listCommand(CommandSession& session, const std::optional<std::string>& from, int days);
 
-void statusCommand(Session& session);
-void onCommand(Session& session);
-void offCommand(Session& session);
+void statusCommand(CommandSession& session);
+void onCommand(CommandSession& session);
+void offCommand(CommandSession& session);
 
-void installServiceCommand(Session& session);
-void removeServiceCommand(Session& session);
-void printServiceCommand(Session& session);
+void installServiceCommand(CommandSession& session);
+void removeServiceCommand(CommandSession& session);
+void printServiceCommand(CommandSession& session);
 
 /// What the parent application does when it is launched: records it and tells of a new version.
-void launchedCommand(Session& session);
+void launchedCommand(CommandSession& session);
 
 }  // namespace annivo

@@ -8,17 +8,13 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/Text.h"
 #include "base/Unicode.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
 namespace {
-
-std::string hex(unsigned value, int digits) {
-  std::string text(static_cast<std::size_t>(digits), '0');
-  for (std::size_t i = text.size(); i-- > 0; value >>= 4) text[i] = "0123456789abcdef"[value & 15];
-  return text;
-}
 
 std::string jsonString(std::string_view text) {
   std::string quoted = "\"";
@@ -26,7 +22,7 @@ std::string jsonString(std::string_view text) {
     if (c == '"' || c == '\\') {
       (quoted += '\\') += c;
     } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
-      quoted += "\\u" + hex(static_cast<unsigned char>(c), 4);
+      quoted += "\\u" + hexDigits(static_cast<unsigned char>(c), 4);
     } else {
       quoted += c;
     }
@@ -134,33 +130,10 @@ std::string Console::styled(std::string_view text, Style style) const {
   return std::string("\x1b[") + code + 'm' + std::string(text) + "\x1b[0m";
 }
 
-std::string printable(std::string_view text) {
-  std::string shown;
-  for (const char c : repairedUTF8(text)) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte != 0x7F) {
-      shown += c;
-    } else {
-      shown += c == '\n' || c == '\t' ? std::string(" ") : "\\x" + hex(byte, 2);
-    }
-  }
-  // C1 controls, which some terminals obey, are two bytes in UTF-8.
-  for (std::size_t at = 0; (at = shown.find('\xC2', at)) != shown.npos; ++at) {
-    if (at + 1 < shown.size() && static_cast<unsigned char>(shown[at + 1]) < 0xA0) {
-      shown.replace(at, 2, "\\u" + hex(static_cast<unsigned char>(shown[at + 1]), 4));
-    }
-  }
-  return shown;
-}
-
 std::string jsonText(const PropertyList& value) {
   std::string text;
   appendJSON(value, "", text);
   return text + '\n';
-}
-
-std::string counted(std::size_t count, std::string_view one, std::string_view many) {
-  return std::to_string(count) + ' ' + std::string(count == 1 ? one : many);
 }
 
 }  // namespace annivo

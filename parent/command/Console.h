@@ -8,13 +8,9 @@
 #include <vector>
 
 #include "codecs/plist/PropertyList.h"
+#include "parent/settings/Session.h"
 
 namespace annivo {
-
-/// Ends a command with one line that says what to do, and exit status 1.
-struct Refusal {
-  std::string sentence;
-};
 
 enum class Style { plain, bold, dim, green, yellow, red };
 
@@ -37,12 +33,12 @@ struct Console {
   [[nodiscard]] std::string styled(std::string_view text, Style style) const;
 };
 
-/// `text` with control characters made visible, so that no name can steer a terminal or add a
-/// line.
-[[nodiscard]] std::string printable(std::string_view text);
+/// What every command works with.
+struct CommandSession : Session {
+  Console& console;
+};
+
 /// JSON with two spaces of indentation, ending in a line break; dates as "2026-11-20T18:46:00Z".
 [[nodiscard]] std::string jsonText(const PropertyList& value);
-/// "1 person", "3 people".
-[[nodiscard]] std::string counted(std::size_t count, std::string_view one, std::string_view many);
 
 }  // namespace annivo

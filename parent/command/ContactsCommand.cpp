@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "parent/command/Commands.h"
 #include "parent/settings/Contacts.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -10,8 +11,9 @@ PropertyList dateValue(const ContactDateRecord& record, Platform& platform) {
   return PropertyList::Dictionary{
       {"label", record.dateType},
       {"shown", platform.localizedString(record.dateType, "")},
-      {"date", record.thisDate ? PropertyList(dayText(*record.thisDate, platform.defaultTimeZone()))
-                               : PropertyList()},
+      {"date", record.thisDate
+                   ? PropertyList(shownDay(*record.thisDate, platform.defaultTimeZone()))
+                   : PropertyList()},
       {"uid", record.dateUID}};
 }
 
@@ -19,13 +21,13 @@ std::string dateText(const ContactDateRecord& record, Platform& platform) {
   const std::string label = record.dateType == kNull
                                 ? std::string("(no label)")
                                 : platform.localizedString(record.dateType, "");
-  return (record.thisDate ? dayText(*record.thisDate, platform.defaultTimeZone()) : "no date") +
+  return (record.thisDate ? shownDay(*record.thisDate, platform.defaultTimeZone()) : "no date") +
          ' ' + label;
 }
 
 }  // namespace
 
-void peopleCommand(Session& session) {
+void peopleCommand(CommandSession& session) {
   const auto people = Contacts(session.platform).people();
   const Console& console = session.console;
   if (console.json) {
@@ -53,7 +55,7 @@ void peopleCommand(Session& session) {
                '.' + (people.empty() ? " \"annivo import\" brings in vCards." : ""));
 }
 
-void groupsCommand(Session& session) {
+void groupsCommand(CommandSession& session) {
   const auto groups = Contacts(session.platform).groups();
   const Console& console = session.console;
   if (console.json) {
@@ -73,7 +75,7 @@ void groupsCommand(Session& session) {
   console.line(counted(groups.size(), "group", "groups") + '.');
 }
 
-void labelsCommand(Session& session) {
+void labelsCommand(CommandSession& session) {
   const auto labels = Contacts(session.platform).labels();
   const Console& console = session.console;
   if (console.json) {

@@ -4,6 +4,7 @@
 #include "parent/command/Commands.h"
 #include "parent/command/ProgressBar.h"
 #include "parent/runs/ServiceUnits.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -26,7 +27,7 @@ void showLeftOut(const Console& console, const std::vector<LeftOut>& leftOut, co
 
 }  // namespace
 
-void importCommand(Session& session, const ImportRequest& request) {
+void importCommand(CommandSession& session, const ImportRequest& request) {
   const Console& console = session.console;
   ProgressBar bar(console);
   const auto report =

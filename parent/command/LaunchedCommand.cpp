@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "parent/command/Commands.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -33,7 +34,7 @@ class Outcome final : public SUUpdaterDelegate {
 
 }  // namespace
 
-void launchedCommand(Session& session) {
+void launchedCommand(CommandSession& session) {
   Platform& platform = session.platform;
   markLaunch(platform);
   const std::string path = parentBundlePath(session);

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "parent/command/Commands.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -53,7 +54,7 @@ std::string alarmText(const CalAlarm& alarm) {
 
 }  // namespace
 
-void listCommand(Session& session, const std::optional<std::string>& from, int days) {
+void listCommand(CommandSession& session, const std::optional<std::string>& from, int days) {
   Platform& platform = session.platform;
   const NSTimeZone& zone = platform.defaultTimeZone();
   if (days < 1 || days > 36500) throw Refusal{"give 1 to 36500 days"};
@@ -84,7 +85,7 @@ void listCommand(Session& session, const std::optional<std::string>& from, int d
       alarms += (alarms.empty() ? "" : "; ") + alarmText(alarm);
       alarmValues.emplace_back(alarmText(alarm));
     }
-    const std::string date = event->startDate() ? dayText(*event->startDate(), zone) : "";
+    const std::string date = event->startDate() ? shownDay(*event->startDate(), zone) : "";
     const std::string title = event->title().value_or("");
     const std::string calendar = event->calendar() ? event->calendar()->title() : "";
     rows.push_back({date, title, calendar, alarms});

@@ -2,11 +2,32 @@
 #include "parent/command/Commands.h"
 #include "parent/runs/AgentProcess.h"
 #include "parent/runs/Preview.h"
+#include "parent/settings/Words.h"
 #include "run/AnvCalPrefs.h"
 
 namespace annivo {
 
 namespace {
+
+void showList(const Console& console, const std::string& heading,
+              const std::vector<EventChange>& list, char sign, Style style,
+              const NSTimeZone& zone) {
+  console.line(console.styled(heading + " (" + std::to_string(list.size()) + ')', Style::bold));
+  for (const EventChange& change : list) {
+    std::string text = std::string("  ") + sign + ' ' + shownDay(change.date, zone) + "  " +
+                       printable(change.title) + "  [" + printable(change.calendar) + ']';
+    if (!change.what.empty()) text += "  (" + printable(change.what) + ')';
+    console.line(console.styled(text, style));
+  }
+}
+
+/// The lists for people.
+void showChanges(const Console& console, const EventChanges& changes, const NSTimeZone& zone,
+                 bool done) {
+  showList(console, done ? "Added" : "To add", changes.added, '+', Style::green, zone);
+  showList(console, done ? "Changed" : "To change", changes.changed, '~', Style::yellow, zone);
+  showList(console, done ? "Removed" : "To remove", changes.removed, '-', Style::red, zone);
+}
 
 void showLeftOut(const Console& console, const std::vector<LeftOut>& leftOut) {
   if (leftOut.empty()) return;
@@ -28,7 +49,7 @@ PropertyList leftOutValue(const std::vector<LeftOut>& leftOut) {
   return values;
 }
 
-void hintAtCalendars(Session& session) {
+void hintAtCalendars(CommandSession& session) {
   AnvCalPrefs prefs(session.platform);
   if (prefs.text("birthCalUID").empty() && prefs.text("aneeCalUID").empty()) {
     session.console.note(
@@ -38,7 +59,7 @@ void hintAtCalendars(Session& session) {
 
 }  // namespace
 
-void previewCommand(Session& session) {
+void previewCommand(CommandSession& session) {
   const Preview preview = previewRun(session);
   const Console& console = session.console;
   const NSTimeZone& zone = session.platform.defaultTimeZone();
@@ -64,7 +85,7 @@ void previewCommand(Session& session) {
   showLeftOut(console, preview.leftOut);
 }
 
-void runCommand(Session& session) {
+void runCommand(CommandSession& session) {
   AnvCalPrefs prefs(session.platform);
   if (!prefs.prefs()["appRunning"].isTheTrueObject()) {
     throw Refusal{"the agent is switched off; \"annivo on\" switches it on"};

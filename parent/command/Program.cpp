@@ -3,7 +3,8 @@
 
 #include "parent/command/CommandLine.h"
 #include "parent/command/Commands.h"
-#include "parent/settings/Session.h"
+#include "parent/command/Console.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -34,7 +35,7 @@ class ConsoleAlerts final : public Alerts {
 };
 
 int inSession(const ProgramStart& start, Console& console, bool launched,
-              const std::function<void(Session&)>& action) {
+              const std::function<void(CommandSession&)>& action) {
   const std::string home = start.environment("HOME");
   if (!home.starts_with('/')) throw Refusal{"HOME is not set to your home folder"};
   const PosixFileManager files;
@@ -49,7 +50,11 @@ int inSession(const ProgramStart& start, Console& console, bool launched,
     parts.alerts = std::make_unique<ConsoleAlerts>(console);
   }
   Platform platform(std::move(parts));
-  Session session{platform, console, start.executable, start.environment};
+  CommandSession session{{.platform = platform,
+                          .executable = start.executable,
+                          .environment = start.environment,
+                          .note = [&](std::string_view text) { console.note(text); }},
+                         console};
   action(session);
   console.out.flush();
   if (!console.out) throw Refusal{"the results could not be written"};
@@ -64,7 +69,7 @@ int dispatch(const ProgramStart& start, Console& console) {
   CommandLine commandLine;
   if (!start.words.empty() && start.words.front() == "__complete") {
     const std::vector<std::string> words(start.words.begin() + 1, start.words.end());
-    return inSession(start, console, false, [&](Session& session) {
+    return inSession(start, console, false, [&](CommandSession& session) {
       for (const std::string& word : commandLine.completions(session, words)) {
         console.line(printable(word));
       }
@@ -79,7 +84,8 @@ int dispatch(const ProgramStart& start, Console& console) {
       break;
   }
   console.json = commandLine.json();
-  return inSession(start, console, false, [&](Session& session) { commandLine.run(session); });
+  return inSession(start, console, false,
+                   [&](CommandSession& session) { commandLine.run(session); });
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "parent/command/Commands.h"
 #include "parent/runs/ServiceUnits.h"
+#include "parent/settings/Words.h"
 #include "platform/appkit/ChildProcess.h"
 
 namespace annivo {
@@ -8,7 +9,7 @@ namespace annivo {
 namespace {
 
 /// Asks the person's service manager; what it answers when it fails.
-std::optional<std::string> systemctl(Session& session, std::vector<std::string> arguments) {
+std::optional<std::string> systemctl(CommandSession& session, std::vector<std::string> arguments) {
   const auto program = programInPath("systemctl", session.environment("PATH"));
   if (!program) return "systemctl is not there";
   arguments.insert(arguments.begin(), "--user");
@@ -18,7 +19,7 @@ std::optional<std::string> systemctl(Session& session, std::vector<std::string> 
   return ended->errors.substr(0, ended->errors.find('\n'));
 }
 
-void ensureFolder(Session& session) {
+void ensureFolder(CommandSession& session) {
   const std::string folder = unitFolder(session);
   const std::string& home = session.platform.homeDirectory();
   NSFileManager& files = session.platform.fileManager();
@@ -30,7 +31,7 @@ void ensureFolder(Session& session) {
 
 }  // namespace
 
-void installServiceCommand(Session& session) {
+void installServiceCommand(CommandSession& session) {
   ensureFolder(session);
   std::vector<std::string> enable{"enable"};
   for (const ServiceUnit& unit : serviceUnits(session)) {
@@ -53,7 +54,7 @@ void installServiceCommand(Session& session) {
   session.console.note("The agent runs at login, daily, and when contacts or calendars change.");
 }
 
-void removeServiceCommand(Session& session) {
+void removeServiceCommand(CommandSession& session) {
   std::vector<std::string> disable{"disable", "--now"};
   bool any = false;
   const auto units = serviceUnits(session);
@@ -77,7 +78,7 @@ void removeServiceCommand(Session& session) {
   session.console.note("The service is removed; \"annivo run\" still runs the agent.");
 }
 
-void printServiceCommand(Session& session) {
+void printServiceCommand(CommandSession& session) {
   const auto units = serviceUnits(session);
   if (session.console.json) {
     PropertyList::Dictionary values;

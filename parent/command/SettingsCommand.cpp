@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "parent/command/Commands.h"
 #include "parent/settings/Settings.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
-void settingsCommand(Session& session) {
+void settingsCommand(CommandSession& session) {
   const Console& console = session.console;
   if (console.json) {
     PropertyList::Dictionary values;
@@ -16,7 +17,7 @@ void settingsCommand(Session& session) {
   console.table(rows);
 }
 
-void showSettingCommand(Session& session, const std::string& key) {
+void showSettingCommand(CommandSession& session, const std::string& key) {
   const Setting& setting = settingNamed(key);
   const Console& console = session.console;
   if (console.json) {
@@ -27,7 +28,7 @@ void showSettingCommand(Session& session, const std::string& key) {
   console.note(setting.name + ": " + setting.help + (setting.set ? "." : "; it is only shown."));
 }
 
-void setSettingCommand(Session& session, const std::string& key,
+void setSettingCommand(CommandSession& session, const std::string& key,
                        const std::vector<std::string>& values) {
   const Setting& setting = settingNamed(key);
   if (!setting.set) throw Refusal{"\"" + key + "\" is not set here: it is " + setting.help};
@@ -35,7 +36,7 @@ void setSettingCommand(Session& session, const std::string& key,
   session.console.line(key + ": " + printable(setting.show(session)));
 }
 
-void resetSettingCommand(Session& session, const std::string& key) {
+void resetSettingCommand(CommandSession& session, const std::string& key) {
   const Setting& setting = settingNamed(key);
   if (!setting.reset) throw Refusal{"\"" + key + "\" has no default to go back to"};
   setting.reset(session);

@@ -5,6 +5,7 @@
 #include "parent/runs/ServiceUnits.h"
 #include "parent/settings/ChosenCalendars.h"
 #include "parent/settings/Settings.h"
+#include "parent/settings/Words.h"
 #include "run/myController.h"
 
 namespace annivo {
@@ -13,7 +14,7 @@ namespace {
 
 /// What a run by the clock or at login would do, asked of the agent's own controller over files
 /// whose changes are dropped.
-myController::Decision nextDecision(Session& session) {
+myController::Decision nextDecision(CommandSession& session) {
   Platform& real = session.platform;
   PlatformParts parts = agentParts(
       real.homeDirectory(), agentExecutable(real.fileManager(), parentBundlePath(session)),
@@ -30,7 +31,7 @@ struct NextRun {
   const char* sentence;
 };
 
-NextRun nextRun(Session& session) {
+NextRun nextRun(CommandSession& session) {
   switch (nextDecision(session)) {
     case myController::Decision::emptyCalendars:
       return {"empty", "takes all events out of the calendars"};
@@ -44,7 +45,7 @@ NextRun nextRun(Session& session) {
 
 }  // namespace
 
-void statusCommand(Session& session) {
+void statusCommand(CommandSession& session) {
   const Console& console = session.console;
   const auto value = [&](const char* name) { return settingNamed(name).show(session); };
   const NextRun next = nextRun(session);
@@ -75,14 +76,14 @@ void statusCommand(Session& session) {
               : "not installed; \"annivo service install\" lets runs start by themselves");
 }
 
-void onCommand(Session& session) {
+void onCommand(CommandSession& session) {
   // The order to empty the calendars would win over the switch.
   settingNamed("empty-calendars").reset(session);
   settingNamed("agent").set(session, {"on"});
   session.console.note("The agent is on; \"annivo run\" brings the calendars up to date now.");
 }
 
-void offCommand(Session& session) {
+void offCommand(CommandSession& session) {
   settingNamed("agent").set(session, {"off"});
   const EventChanges changes = runAgent(session);
   const NSTimeZone& zone = session.platform.defaultTimeZone();

@@ -92,7 +92,7 @@ void runToItsEnd(Session& session, const std::string& executable) {
         "a new version is out, and at every run the agent only tells of it; \"annivo settings "
         "update-interval daily\" lets it do its work"};
   }
-  session.console.note("A new version of Annivo 2 is out; the application tells where.");
+  session.note("A new version of Annivo 2 is out; the application tells where.");
   storeChoices(session, {{"SULastCheckTime", session.platform.clock().now()}});
   runAndWait(executable);
 }

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "parent/settings/Session.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -47,22 +48,10 @@ void sort(std::vector<EventChange>& list) {
   });
 }
 
-void showList(const Console& console, const std::string& heading,
-              const std::vector<EventChange>& list, char sign, Style style,
-              const NSTimeZone& zone) {
-  console.line(console.styled(heading + " (" + std::to_string(list.size()) + ')', Style::bold));
-  for (const EventChange& change : list) {
-    std::string text = std::string("  ") + sign + ' ' + dayText(change.date, zone) + "  " +
-                       printable(change.title) + "  [" + printable(change.calendar) + ']';
-    if (!change.what.empty()) text += "  (" + printable(change.what) + ')';
-    console.line(console.styled(text, style));
-  }
-}
-
 PropertyList listValue(const std::vector<EventChange>& list, const NSTimeZone& zone) {
   PropertyList::Array values;
   for (const EventChange& change : list) {
-    PropertyList::Dictionary value{{"date", dayText(change.date, zone)},
+    PropertyList::Dictionary value{{"date", shownDay(change.date, zone)},
                                    {"title", change.title},
                                    {"calendar", change.calendar},
                                    {"uid", change.uid}};
@@ -97,13 +86,6 @@ EventChanges eventChanges(Platform& platform, NSFileManager& before, NSFileManag
   }
   for (auto* list : {&changes.added, &changes.changed, &changes.removed}) sort(*list);
   return changes;
-}
-
-void showChanges(const Console& console, const EventChanges& changes, const NSTimeZone& zone,
-                 bool done) {
-  showList(console, done ? "Added" : "To add", changes.added, '+', Style::green, zone);
-  showList(console, done ? "Changed" : "To change", changes.changed, '~', Style::yellow, zone);
-  showList(console, done ? "Removed" : "To remove", changes.removed, '-', Style::red, zone);
 }
 
 PropertyList::Dictionary changesAsPropertyList(const EventChanges& changes,

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "parent/command/Console.h"
 #include "platform/Platform.h"
 
 namespace annivo {
@@ -30,9 +29,6 @@ struct EventChanges {
                                         NSFileManager& after,
                                         const std::vector<std::string>& paths);
 
-/// The lists for people.
-void showChanges(const Console& console, const EventChanges& changes, const NSTimeZone& zone,
-                 bool done);
 [[nodiscard]] PropertyList::Dictionary changesAsPropertyList(const EventChanges& changes,
                                                              const NSTimeZone& zone);
 

@@ -8,6 +8,7 @@
 #include "format/Occurrences.h"
 #include "parent/runs/OverlayFileManager.h"
 #include "parent/settings/Contacts.h"
+#include "parent/settings/Words.h"
 #include "run/myController.h"
 
 namespace annivo {
@@ -99,7 +100,7 @@ std::vector<LeftOut> datesLeftOut(Platform& platform, ZPKAddressBookDates& dates
       const std::string label =
           record.dateType == kNull ? "(no label)" : platform.localizedString(record.dateType, "");
       const std::string day =
-          record.thisDate ? ' ' + dayText(*record.thisDate, platform.defaultTimeZone()) : "";
+          record.thisDate ? ' ' + shownDay(*record.thisDate, platform.defaultTimeZone()) : "";
       leftOut.push_back({personName(record) + ", " + label + day, std::move(why)});
     }
   };

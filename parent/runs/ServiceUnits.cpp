@@ -119,7 +119,7 @@ void refreshService(Session& session) {
   if (auto written = files.writeAtomically(path, unit.text); !written) {
     throw Refusal{written.error().description};
   }
-  session.console.note(
+  session.note(
       "The service watches new folders after \"annivo service install\" or the next login.");
 }
 

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "base/Reason.h"
-#include "parent/command/Console.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 

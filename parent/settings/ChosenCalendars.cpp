@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "parent/settings/ChosenCalendars.h"
 
+#include <vector>
+
+#include "base/Unicode.h"
+
 namespace annivo {
 
 namespace {
@@ -9,6 +13,41 @@ std::optional<ChosenCalendar> chosen(AnvCalPrefs& prefs, const char* uidKey, con
   const std::string uid = prefs.text(uidKey);
   if (uid.empty()) return std::nullopt;
   return ChosenCalendar{uid, prefs.text(titleKey)};
+}
+
+using Calendar = std::shared_ptr<CalCalendar>;
+
+/// By UID, else by title, else by title in any case.
+Calendar findCalendar(Session& session, const std::string& wanted) {
+  CalCalendarStore& store = session.platform.defaultCalendarStore();
+  if (auto calendar = store.calendarWithUID(wanted)) return calendar;
+  std::vector<Calendar> exact, folded;
+  for (const Calendar& calendar : store.calendars()) {
+    if (calendar->title() == wanted) exact.push_back(calendar);
+    if (caseFolded(calendar->title()) == caseFolded(wanted)) folded.push_back(calendar);
+  }
+  const std::vector<Calendar>& found = exact.empty() ? folded : exact;
+  if (found.empty()) {
+    throw Refusal{"there is no calendar \"" + wanted +
+                  "\"; \"annivo calendars\" lists those there are, \"annivo calendars create\" "
+                  "makes one"};
+  }
+  if (found.size() > 1) {
+    std::string uids;
+    for (const Calendar& calendar : found) uids += (uids.empty() ? "" : ", ") + calendar->uid();
+    throw Refusal{"several calendars are called \"" + wanted +
+                  "\"; give one of their UIDs: " + uids};
+  }
+  return found.front();
+}
+
+void choose(Session& session, const std::string& kind,
+            const std::optional<ChosenCalendar>& calendar) {
+  AnvCalPrefs prefs(session.platform);
+  ChosenCalendars chosen = chosenCalendars(prefs);
+  if (kind != "anniversaries") chosen.birthdays = calendar;
+  if (kind != "birthdays") chosen.anniversaries = calendar;
+  storeChoices(session, calendarPreferences(chosen));
 }
 
 }  // namespace
@@ -36,6 +75,20 @@ PropertyList::Dictionary calendarPreferences(const ChosenCalendars& chosen) {
         birthdays && birthdays->uid == anniversaries->uid ? title : anniversaries->title;
   }
   return values;
+}
+
+std::shared_ptr<CalCalendar> chooseCalendar(Session& session, const std::string& kind,
+                                            const std::string& calendar) {
+  Calendar found = findCalendar(session, calendar);
+  if (!found->isEditable()) {
+    throw Refusal{"the calendar \"" + found->title() + "\" cannot be written; choose another"};
+  }
+  choose(session, kind, ChosenCalendar{found->uid(), found->title()});
+  return found;
+}
+
+void chooseNoCalendar(Session& session, const std::string& kind) {
+  choose(session, kind, std::nullopt);
 }
 
 }  // namespace annivo

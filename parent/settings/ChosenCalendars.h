@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
-#include "platform/Platform.h"
+#include "parent/settings/Session.h"
 #include "run/AnvCalPrefs.h"
 
 namespace annivo {
@@ -26,5 +27,12 @@ struct ChosenCalendars {
 /// The preferences that say so to the agent. To it two equal titles mean one shared calendar, so
 /// the titles are stored equal exactly when one calendar is chosen for both.
 [[nodiscard]] PropertyList::Dictionary calendarPreferences(const ChosenCalendars& chosen);
+
+/// Stores the choice; `kind` is "birthdays", "anniversaries" or "both". The calendar is found by
+/// its UID, else by its title, else by its title in any case; throws Refusal where there is none,
+/// more than one, or one that cannot be written.
+std::shared_ptr<CalCalendar> chooseCalendar(Session& session, const std::string& kind,
+                                            const std::string& calendar);
+void chooseNoCalendar(Session& session, const std::string& kind);
 
 }  // namespace annivo

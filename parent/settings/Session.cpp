@@ -2,11 +2,7 @@
 #include "parent/settings/Session.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstdio>
-
-#include "codecs/vcard/VCardDate.h"
 
 namespace annivo {
 
@@ -50,25 +46,6 @@ void markLaunch(Platform& platform) {
   if (auto stored = platform.appPreferences().appSynchronize(kParentDomain); !stored) {
     throw Refusal{stored.error().description};
   }
-}
-
-std::string dayText(Date date, const NSTimeZone& zone) {
-  const CivilTime civil = zone.civil(date);
-  std::array<char, 48> text{};
-  if (civil.year == kYearOfNoYear) {
-    std::snprintf(text.data(), text.size(), "--%02d-%02d", civil.month, civil.day);
-  } else {
-    std::snprintf(text.data(), text.size(), "%04lld-%02d-%02d", static_cast<long long>(civil.year),
-                  civil.month, civil.day);
-  }
-  return text.data();
-}
-
-std::string momentText(Date date, const NSTimeZone& zone) {
-  const CivilTime civil = zone.civil(date);
-  std::array<char, 16> text{};
-  std::snprintf(text.data(), text.size(), " %02d:%02d", civil.hour, civil.minute);
-  return dayText(date, zone) + text.data();
 }
 
 }  // namespace annivo

@@ -1,21 +1,28 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
-#include "parent/command/Console.h"
 #include "platform/Platform.h"
 
 namespace annivo {
 
-/// What every command works with.
+/// Ends what was asked for with one line that says what to do.
+struct Refusal {
+  std::string sentence;
+};
+
+/// What all that the parent application does works with.
 struct Session {
   /// The machine as the agent sees it, so that all rules are asked of the agent's own code.
   Platform& platform;
-  Console& console;
   std::string executable;  ///< full path of this program
   Environment environment;
+  /// Tells the person one line beside the results.
+  std::function<void(std::string_view)> note;
 };
 
 /// The bundle that holds this program, "Annivo 2.app".
@@ -44,10 +51,5 @@ void storeChoices(Session& session, const PropertyList::Dictionary& choices);
 void markLaunch(Platform& platform);
 /// Marks the launch in memory only.
 void setLaunch(Platform& platform);
-
-/// "2026-06-10" of a moment in the person's zone, "--06-10" for a date without a year.
-[[nodiscard]] std::string dayText(Date date, const NSTimeZone& zone);
-/// "2026-06-10 08:00".
-[[nodiscard]] std::string momentText(Date date, const NSTimeZone& zone);
 
 }  // namespace annivo

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "parent/settings/Settings.h"
+#include "parent/settings/Words.h"
 #include "run/AnvCalPrefs.h"
 
 namespace annivo {
@@ -67,8 +68,8 @@ void setInterval(Session& session, const std::vector<std::string>& words) {
   storeChoices(session, {{"SUScheduledCheckInterval", days * kDay}});
 }
 
-std::string shownMoment(Session& session, const PropertyList& moment) {
-  return moment.date() ? momentText(*moment.date(), session.platform.defaultTimeZone()) : "never";
+std::string momentOrNever(Session& session, const PropertyList& moment) {
+  return moment.date() ? shownMoment(*moment.date(), session.platform.defaultTimeZone()) : "never";
 }
 
 Setting readOnlyMoment(const char* name, const char* key, const char* help) {
@@ -77,7 +78,7 @@ Setting readOnlyMoment(const char* name, const char* key, const char* help) {
           .show =
               [key](Session& session) {
                 AnvCalPrefs prefs(session.platform);
-                return shownMoment(session, prefs.prefs()[key]);
+                return momentOrNever(session, prefs.prefs()[key]);
               },
           .set = {},
           .reset = {},
@@ -176,7 +177,7 @@ std::vector<Setting> agentSettings() {
            .help = "when the last full run ended",
            .show =
                [](Session& session) {
-                 return shownMoment(
+                 return momentOrNever(
                      session, session.platform.standardUserDefaults().objectForKey("lastUpdate"));
                },
            .set = {},

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "parent/command/Commands.h"
 #include "parent/settings/ChosenCalendars.h"
 
 namespace annivo {
@@ -27,10 +26,10 @@ Setting calendarSetting(const std::string& name, const std::string& kind) {
           .set =
               [kind](Session& session, const std::vector<std::string>& words) {
                 if (words.size() != 1) throw Refusal{"give one calendar"};
-                if (words.front() == "none") return noCalendarCommand(session, kind);
-                chooseCalendarCommand(session, kind, words.front());
+                if (words.front() == "none") return chooseNoCalendar(session, kind);
+                chooseCalendar(session, kind, words.front());
               },
-          .reset = [kind](Session& session) { noCalendarCommand(session, kind); },
+          .reset = [kind](Session& session) { chooseNoCalendar(session, kind); },
           .values =
               [](Session& session) {
                 std::vector<std::string> titles{"none"};

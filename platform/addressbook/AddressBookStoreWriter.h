@@ -9,19 +9,13 @@
 
 #include "base/Date.h"
 #include "base/Error.h"
+#include "base/StoredDay.h"
 
 namespace annivo {
 
 /// The three shapes that the contacts store has had (entity numbers, tables, columns, where the own
 /// card is noted).
 enum class StoreGeneration { olderA, olderB, current };
-
-/// A date of a person: a civil day, year 1604 for "no year".
-struct StoredDay {
-  int year = 1604;
-  int month = 1;
-  int day = 1;
-};
 
 struct StoredDate {
   std::string uniqueId = {};              ///< "" for a fresh one

@@ -17,9 +17,7 @@ using Words = std::vector<std::string>;
 class Completion : public testing::Test {
  protected:
   Words complete(const Words& words) {
-    Session session{world.home.platform(), console,
-                    world.home.productPath() + "/Contents/Linux/annivo",
-                    [](const char*) { return std::string(); }};
+    CommandSession session = world.session(console);
     Words found = CommandLine().completions(session, words);
     world.home.endRun();
     std::sort(found.begin(), found.end());

@@ -23,14 +23,14 @@ std::string unitNamed(const std::vector<ServiceUnit>& units, const std::string& 
 class Service : public testing::Test {
  protected:
   std::vector<ServiceUnit> units(const std::string& executable) {
-    Session session{world.home.platform(), console, executable,
-                    [](const char*) { return std::string(); }};
+    Session session{.platform = world.home.platform(),
+                    .executable = executable,
+                    .environment = [](const char*) { return std::string(); },
+                    .note = [](std::string_view) {}};
     return serviceUnits(session);
   }
 
   CommandHome world;
-  std::ostringstream out, err;
-  Console console{.out = out, .err = err};
 };
 
 TEST_F(Service, UnitsPassTheServiceManagersOwnCheck) {

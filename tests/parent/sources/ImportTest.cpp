@@ -8,6 +8,7 @@
 
 #include "parent/settings/Contacts.h"
 #include "parent/settings/Session.h"
+#include "parent/settings/Words.h"
 #include "parent/sources/Import.h"
 #include "parent/sources/StableUUID.h"
 #include "tests/parent/support/CommandHome.h"
@@ -47,7 +48,7 @@ class Import : public testing::Test {
     for (const ListedPerson& person : Contacts(home.platform()).people()) {
       std::string line = person.name + ' ' + person.uid;
       for (const auto& date : person.dates) {
-        line += ' ' + dayText(*date.thisDate, home.platform().defaultTimeZone());
+        line += ' ' + shownDay(*date.thisDate, home.platform().defaultTimeZone());
       }
       lines.push_back(line);
     }

@@ -5,6 +5,7 @@
 
 #include "parent/settings/Contacts.h"
 #include "parent/settings/Session.h"
+#include "parent/settings/Words.h"
 #include "tests/parent/support/CommandHome.h"
 
 namespace annivo {
@@ -27,7 +28,7 @@ class ImportedCard : public testing::TestWithParam<Card> {
     for (const ContactDateRecord& date : person.dates) {
       if (&date == &person.dates.front()) line += extrasOf(date) + ':';
       line += ' ' + (date.dateType == kNull ? "(no label)" : date.dateType) + ' ' +
-              dayText(*date.thisDate, world.home.platform().defaultTimeZone());
+              shownDay(*date.thisDate, world.home.platform().defaultTimeZone());
     }
     return line;
   }

@@ -10,6 +10,15 @@
 
 namespace annivo {
 
+CommandSession CommandHome::session(Console& console) {
+  return {{.platform = home.platform(),
+           .executable = home.productPath() + "/Contents/Linux/annivo",
+           .environment =
+               [](const char* name) { return std::string(name == std::string("TZ") ? "UTC" : ""); },
+           .note = [&](std::string_view text) { console.note(text); }},
+          console};
+}
+
 CommandOutcome CommandHome::run(const std::vector<std::string>& words) {
   std::ostringstream out;
   std::ostringstream err;
@@ -25,11 +34,9 @@ CommandOutcome CommandHome::run(const std::vector<std::string>& words) {
       break;
     case CommandLine::Outcome::command: {
       console.json = commandLine.json();
-      Session session{
-          home.platform(), console, home.productPath() + "/Contents/Linux/annivo",
-          [](const char* name) { return std::string(name == std::string("TZ") ? "UTC" : ""); }};
+      CommandSession inHome = session(console);
       try {
-        commandLine.run(session);
+        commandLine.run(inHome);
         outcome.status = 0;
       } catch (const Refusal& refusal) {
         err << "annivo: " << refusal.sentence << '\n';

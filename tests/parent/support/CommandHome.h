@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "codecs/plist/PropertyList.h"
+#include "parent/command/Console.h"
 #include "tests/support/TestHome.h"
 
 namespace annivo {
@@ -23,6 +24,8 @@ class CommandHome {
 
   TestHome home;
 
+  /// What commands work with in this home, speaking on `console`, which outlives it.
+  [[nodiscard]] CommandSession session(Console& console);
   /// Runs a command as one process would: what it stored is read afresh by the next.
   CommandOutcome run(const std::vector<std::string>& words);
   /// Runs a command that must end well; what it printed.
