@@ -33,14 +33,30 @@ void RunMark::read() {
   }
 }
 
-Result<void> RunMark::set() {
-  if (isSet_) return {};
-  return write();
+bool RunMark::beginChanges(std::optional<Calendar> made) {
+  if (!made && (isSet_ || couldNotBeSet_)) return isSet_;
+  if (made) calendars_.push_back(*std::move(made));
+  const auto written = write();
+  if (!written) {
+    couldNotBeSet_ = true;
+    failed_ = true;
+    platform_.application().presentError(written.error());
+  }
+  return written.ok();
 }
 
-Result<void> RunMark::setWithCalendar(Calendar calendar) {
-  calendars_.push_back(std::move(calendar));
-  return write();
+void RunMark::noteFailure(const Error& error) {
+  if (error.kind != Error::Kind::refused && error.kind != Error::Kind::malformed) noteFailure();
+}
+
+void RunMark::noteFailure() {
+  failed_ = true;
+  beginChanges();
+}
+
+void RunMark::endChanges() {
+  if (failed_ || !(isSet_ || wasFound_)) return;
+  if (const auto removed = remove(); !removed) platform_.log().write(removed.error().text());
 }
 
 Result<void> RunMark::write() {

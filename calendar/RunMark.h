@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,20 +31,23 @@ class RunMark {
 
   /// Whether an earlier run left the mark.
   [[nodiscard]] bool wasFound() const { return wasFound_; }
-  /// Whether the mark is on disk.
-  [[nodiscard]] bool isSet() const { return isSet_; }
   /// The calendars that the mark names.
   [[nodiscard]] const std::vector<Calendar>& calendars() const { return calendars_; }
 
-  /// Sets the mark, if it is not set.
-  Result<void> set();
-  /// Sets the mark with one more calendar.
-  Result<void> setWithCalendar(Calendar calendar);
-  Result<void> remove();
+  /// Sets the mark, with one more calendar where one is made; to be called before anything is
+  /// changed. A failure is presented, once. Whether the mark is on disk.
+  bool beginChanges(std::optional<Calendar> made = std::nullopt);
+  /// Takes note of a failure that the next run has to make good, so that the mark stays. What was
+  /// refused or malformed would be so again: nothing to make good.
+  void noteFailure(const Error& error);
+  void noteFailure();
+  /// Removes the mark where there was no failure; to be called when everything is on disk.
+  void endChanges();
 
  private:
   void read();
   Result<void> write();
+  Result<void> remove();
   /// Removes temporary files that a killed run left in the ledger's folder.
   void removeTemporaries();
 
@@ -52,7 +56,9 @@ class RunMark {
   std::string path_;
   std::string otherPath_;  ///< "": no mark there
   bool wasFound_ = false;
-  bool isSet_ = false;
+  bool isSet_ = false;   ///< it is on disk
+  bool failed_ = false;  ///< something went wrong that the next run has to make good
+  bool couldNotBeSet_ = false;
   std::vector<Calendar> calendars_;
 };
 

@@ -51,7 +51,7 @@ void ZPKCalendarItems::removeOtherEvents() {
   logOptionally(platform_, "Deleting old events 1");
   if (const auto records = dataFetchedWithPredicate(after.with({horizon}))) {
     for (NSManagedObject* record : *records) {
-      const auto* eventUID = record->valueForKey("iCalUID").string();
+      const auto* eventUID = EventRecords::eventUID(*record);
       if (eventUID && retained.contains(*eventUID)) continue;
       removeRecordAndEvent(*record, "Removing current event: ");
     }
@@ -64,17 +64,17 @@ void ZPKCalendarItems::removeOtherEvents() {
 }
 
 void ZPKCalendarItems::removeRecordAndEvent(NSManagedObject& record, const char* logPrefix) {
-  beginChanges();
-  const auto* eventUID = record.valueForKey("iCalUID").string();
+  mark_.beginChanges();
+  const auto* eventUID = EventRecords::eventUID(record);
   const auto event = eventUID ? myStore.eventWithUID(*eventUID) : nullptr;
   if (event) {
     logOptionally(platform_, logPrefix, event->title().value_or("(null)"));
     if (const auto removed = myStore.removeEvent(*event, CalSpan::thisEvent); !removed) {
       platform_.log().write(removed.error().text());
-      noteFailure(removed.error());
+      mark_.noteFailure(removed.error());
     }
   }
-  moc->deleteObject(record);
+  records_.remove(record);
 }
 
 void ZPKCalendarItems::logEventsThisYear(Platform& platform) {

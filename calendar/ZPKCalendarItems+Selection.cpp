@@ -4,6 +4,24 @@
 
 namespace annivo {
 
+/// A calendar made by the run that was cut off, before its preference was stored.
+void ZPKCalendarItems::adoptCalendars() {
+  const auto* domain = &platform_.standardUserDefaults().persistentDomainForName(kParentDomain);
+  for (const RunMark::Calendar& made : mark_.calendars()) {
+    if (!myStore.calendarWithUID(made.uid)) continue;
+    const PropertyList stored = *domain ? PropertyList(**domain)[made.key] : PropertyList();
+    if (stored.isEqualToString(made.uid)) continue;
+    if (stored.string() && myStore.calendarWithUID(*stored.string())) continue;
+    adoptedCalendars_[made.key] = made.uid;
+    setDefaultUIDForType(made.uid, made.key);
+  }
+}
+
+std::shared_ptr<CalCalendar> ZPKCalendarItems::adoptedCalendar(const std::string& key) {
+  const auto found = adoptedCalendars_.find(key);
+  return found == adoptedCalendars_.end() ? nullptr : myStore.calendarWithUID(found->second);
+}
+
 void ZPKCalendarItems::setThisCalendarWithUIDForType(const std::string& title,
                                                      const std::string& uid,
                                                      const std::string& key) {
@@ -13,14 +31,11 @@ void ZPKCalendarItems::setThisCalendarWithUIDForType(const std::string& title,
   if (!thisCalendar_) {
     thisCalendar_ = CalCalendar::calendar();
     thisCalendar_->setTitle(title);
-    if (const auto set = mark_.setWithCalendar({.uid = thisCalendar_->uid(), .key = key}); !set) {
-      platform_.application().presentError(set.error());
-      failed_ = true;
-    }
+    mark_.beginChanges({{.uid = thisCalendar_->uid(), .key = key}});
     // Not the person's concern before an event fails to be saved into it.
     if (const auto saved = myStore.saveCalendar(thisCalendar_); !saved) {
       platform_.log().write(saved.error().text());
-      noteFailure(saved.error());
+      mark_.noteFailure(saved.error());
     }
     setDefaultUIDForType(thisCalendar_->uid(), key);
   }
@@ -37,7 +52,7 @@ void ZPKCalendarItems::setDefaultUIDForType(const std::optional<std::string>& ui
   CFPreferences& preferences = platform_.appPreferences();
   preferences.setAppValue(key, uid ? PropertyList(*uid) : PropertyList(), kParentDomain);
   if (const auto flushed = preferences.appSynchronize(kParentDomain); !flushed) {
-    noteFailure(flushed.error());  // Logged where it fails.
+    mark_.noteFailure(flushed.error());  // Logged where it fails.
   }
 }
 

@@ -40,32 +40,16 @@ const std::string& ZPKCalendarItems::thisCalendarUID() const {
   return thisCalendar_ ? thisCalendar_->uid() : kNone;
 }
 
-NSManagedObject& ZPKCalendarItems::insertRecord(const LedgerIdentity& identity,
-                                                const std::string& eventUID) {
-  NSManagedObject& record = moc->insertNewObjectForEntityForName("Event");
-  moc->setValueForKey(record, identity.myUID, "myUID");
-  moc->setValueForKey(record, identity.date, "date");
-  moc->setValueForKey(record, eventUID, "iCalUID");
-  moc->setValueForKey(record, identity.calendarUID, "calendarUID");
-  return record;
-}
-
-std::optional<std::vector<NSManagedObject*>> ZPKCalendarItems::recordsOf(const std::string& uid,
-                                                                         Date date) {
-  static const auto format =
-      NSPredicateFormat::parse("(myUID LIKE[c] %@) AND (calendarUID LIKE[c] %@) AND (date == %@)");
-  std::vector<PropertyList> identity;
-  identity.reserve(3);
-  identity.emplace_back(uid);
-  identity.emplace_back(thisCalendarUID());
-  identity.emplace_back(date);
-  return dataFetchedWithPredicate(format.with(std::move(identity)));
+std::optional<EventRecords::Records> ZPKCalendarItems::recordsOf(const std::string& uid,
+                                                                 Date date) {
+  recovery_.ledger();
+  return records_.find({uid, thisCalendarUID(), date});
 }
 
 const std::string* ZPKCalendarItems::recordedEventUID(const BasicEvent& basic) {
   const auto records = recordsOf(basic.uid, basic.withStartDate);
   if (!records || records->empty()) return nullptr;
-  return records->front()->valueForKey("iCalUID").string();
+  return EventRecords::eventUID(*records->front());
 }
 
 std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::string& uid,
@@ -79,11 +63,11 @@ std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::str
   if (records->empty()) {
     logOptionally(platform_, "Event not found");
     auto blank = CalEvent::event();
-    insertRecord({uid, thisCalendarUID(), date}, blank->uid());
+    records_.insert({uid, thisCalendarUID(), date}, blank->uid());
     return blank;
   }
   NSManagedObject& record = *records->front();
-  const auto* eventUID = record.valueForKey("iCalUID").string();
+  const auto* eventUID = EventRecords::eventUID(record);
   if (!eventUID) return CalEvent::event();
   if (auto event = myStore.eventWithUID(*eventUID)) {
     logOptionally(platform_, "Event already in");
@@ -91,7 +75,7 @@ std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::str
   }
   logOptionally(platform_, "Event not in calendar");
   auto blank = CalEvent::event();
-  moc->setValueForKey(record, blank->uid(), "iCalUID");
+  records_.setEvent(record, blank->uid());
   return blank;
 }
 
@@ -172,12 +156,12 @@ void ZPKCalendarItems::fillNewEvent(CalEvent& event, const BasicEvent& basic) {
 
 void ZPKCalendarItems::saveEvent(CalEvent& event) {
   logOptionally(platform_, "Updating event: ", event.title().value_or("(null)"));
-  beginChanges();
-  const bool recorded =
-      ledger() != core_data_for_dates_AppDelegate::Ledger::missing && !coreDataSpace->isTemporary();
-  if (!coreDataSpace->saveAction() || !recorded) noteFailure();
+  mark_.beginChanges();
+  const bool recorded = recovery_.ledger() != core_data_for_dates_AppDelegate::Ledger::missing &&
+                        !coreDataSpace->isTemporary();
+  if (!records_.save() || !recorded) mark_.noteFailure();
   if (const auto saved = myStore.saveEvent(event, CalSpan::thisEvent); !saved) {
-    noteFailure(saved.error());
+    mark_.noteFailure(saved.error());
     platform_.application().runAlertWithError(saved.error());
   }
 }

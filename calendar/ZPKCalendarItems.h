@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "calendar/EventRecords.h"
+#include "calendar/Recovery.h"
 #include "calendar/RunMark.h"
 #include "calendar/core_data_for_dates_AppDelegate.h"
 #include "platform/Platform.h"
@@ -93,15 +95,11 @@ class ZPKCalendarItems {
 
  private:
   /// `dataFetchedWithPredicate:`. Nothing when the fetch failed (logged).
-  std::optional<std::vector<NSManagedObject*>> dataFetchedWithPredicate(
+  std::optional<EventRecords::Records> dataFetchedWithPredicate(
       std::optional<NSPredicate> predicate);
-  /// Reads the ledger at the first call; where it is damaged or gone, rebuilds it from the
-  /// calendars.
-  core_data_for_dates_AppDelegate::Ledger ledger();
   [[nodiscard]] const std::string& thisCalendarUID() const;
-  NSManagedObject& insertRecord(const LedgerIdentity& identity, const std::string& eventUID);
   /// The records of an occurrence in the current target.
-  std::optional<std::vector<NSManagedObject*>> recordsOf(const std::string& uid, Date date);
+  std::optional<EventRecords::Records> recordsOf(const std::string& uid, Date date);
   /// What the ledger says of the calendar's event for an occurrence; null where it says nothing.
   const std::string* recordedEventUID(const BasicEvent& basic);
   void refuseEvent(const BasicEvent& basic);
@@ -110,21 +108,10 @@ class ZPKCalendarItems {
   void saveEvent(CalEvent& event);
   void removeRecordAndEvent(NSManagedObject& record, const char* logPrefix);
 
-  // Recovery.
-  void reconcile();
   void adoptCalendars();
   [[nodiscard]] std::shared_ptr<CalCalendar> adoptedCalendar(const std::string& key);
-  void adoptEvents();
-  [[nodiscard]] bool eventExists(const std::string& uid);
-  void removeSecondEvent(CalEvent& event);
-
   /// The folder of all calendars, or the home while there is none.
   [[nodiscard]] std::string calendarsFolder() const;
-  /// Sets the mark; to be called before anything is changed.
-  void beginChanges();
-  /// Takes note of a failure that the next run has to make good.
-  void noteFailure(const Error& error);
-  void noteFailure();
 
   Platform& platform_;
   CalCalendarStore& myStore;
@@ -135,12 +122,11 @@ class ZPKCalendarItems {
   NSManagedObjectContext* moc = nullptr;
   bool calendarLocked_ = false;
   RunMark mark_;
+  EventRecords records_;
+  Recovery recovery_;
   /// By preference key: calendars of the run that was cut off. The preferences that this run read
   /// at its start do not name them yet.
   std::map<std::string, std::string> adoptedCalendars_;
-  bool markFailed_ = false;  ///< it could not be set, which was presented
-  bool failed_ = false;      ///< something went wrong that the next run has to make good
-  bool reconciled_ = false;
 };
 
 }  // namespace annivo
