@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/Unicode.h"
 #include "calendar/ZPKCalendarItems.h"
 #include "platform/LoggingSwitch.h"
 
@@ -40,6 +41,19 @@ class RetainedUIDs {
 Date ZPKCalendarItems::currentDateOffsetByYears(std::int32_t years) const {
   return NSCalendarDate(platform_.clock().now(), platform_.defaultTimeZone())
       .dateByAddingYears(years);
+}
+
+void ZPKCalendarItems::confirmEventsOfDatesNotIn(const std::unordered_set<std::string>& dateUIDs) {
+  mark_.noteFailure();
+  const auto records = dataFetchedWithPredicate(std::nullopt);
+  if (!records) return;
+  std::unordered_set<std::string> read;  // In the form in which the ledger compares them.
+  for (const std::string& uid : dateUIDs) read.insert(caseFolded(uid));
+  for (const NSManagedObject* record : *records) {
+    const auto* eventUID = EventRecords::eventUID(*record);
+    if (!eventUID || read.contains(caseFolded(record->valueForKey("myUID").stringOr("")))) continue;
+    theRetainedEventUIDs.push_back(*eventUID);
+  }
 }
 
 void ZPKCalendarItems::removeOtherEvents() {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "calendar/EventRecords.h"
@@ -83,6 +84,10 @@ class ZPKCalendarItems {
 
   // Removal.
 
+  /// To be called before removeOtherEvents where not all contacts could be read: the events of all
+  /// dates but those of these UIDs, which were read, count as confirmed in this run. Its mark
+  /// stays, so that the next run looks again.
+  void confirmEventsOfDatesNotIn(const std::unordered_set<std::string>& dateUIDs);
   void removeOtherEvents();
   /// `currentDateOffsetByYears:`
   [[nodiscard]] Date currentDateOffsetByYears(std::int32_t years) const;

@@ -57,6 +57,33 @@ TEST_F(StaleEvents, WhatWasRemovedIsGoneFromTheLedgerFile) {
   EXPECT_NE(files.begin()->second.find("KEPT-2"), std::string::npos);
 }
 
+TEST_F(StaleEvents, ThoseOfDatesThatCouldNotBeReadStayAndTheNextRunLooksAgain) {
+  pass({eventOn(kDay, "READ-1", "Kept"), eventOn(kDay, "READ-2", "Stale"),
+        eventOn(kDay, "LOCKED-1", "Locked")});
+  home.run([](ZPKCalendarItems& writer) {
+    writer.setThisCalendarWithUIDForType("A", "A", "birthCalUID");
+    writer.addBasicEvent(eventOn(kDay, "READ-1", "Kept"));
+    writer.confirmEventsOfDatesNotIn({"READ-1", "read-2"});  // As the ledger compares them.
+    writer.removeOtherEvents();
+  });
+  EXPECT_EQ(home.titles("A"), (std::vector<std::string>{"Kept", "Locked"}));
+  EXPECT_EQ(home.ledger().size(), 2U);
+  EXPECT_TRUE(home.home.exists(Home::kMark));
+  pass({eventOn(kDay, "READ-1", "Kept")});
+  EXPECT_EQ(home.titles("A"), std::vector<std::string>{"Kept"}) << "when all could be read";
+  EXPECT_FALSE(home.home.exists(Home::kMark));
+}
+
+TEST_F(StaleEvents, ThoseOfDatesThatCouldNotBeReadStillGoWhenTheyAreAYearOld) {
+  pass({eventOn(kHorizon + 1s, "LOCKED-1", "Locked")});
+  home.home.clock.advance(1h);
+  home.run([](ZPKCalendarItems& writer) {
+    writer.confirmEventsOfDatesNotIn({});
+    writer.removeOtherEvents();
+  });
+  EXPECT_TRUE(home.titles("A").empty());
+}
+
 TEST_F(StaleEvents, TheHorizonItselfIsRemovedEvenIfJustConfirmed) {
   const std::vector events = {
       eventOn(kHorizon - 1us, "D-0", "Before"), eventOn(kHorizon, "D-1", "At"),
