@@ -38,8 +38,8 @@ std::shared_ptr<CalEvent> CalCalendarStore::eventWithUID(const std::string& uid)
 /// whole folder in its place.
 Result<std::string> CalCalendarStore::contentsInFolder(CalCalendar& calendar,
                                                        const std::string& name) const {
-  auto contents = openedEvents(calendar).contentsOfFileItself(name, EventFile::kLimit,
-                                                              std::exchange(memory_, {}));
+  auto contents = openedEvents(calendar)->contentsOfFileItself(name, EventFile::kLimit,
+                                                               std::exchange(memory_, {}));
   if (contents || contents.error().kind != Error::Kind::absent) return contents;
   return files_.contentsOfFileItself(eventsFolder(calendar) + "/" + name, EventFile::kLimit);
 }
@@ -60,7 +60,7 @@ std::optional<std::string> CalCalendarStore::loggedIfUnreadable(
 std::shared_ptr<CalEvent> CalCalendarStore::eventInFile(
     const std::shared_ptr<CalCalendar>& calendar, const std::string& name,
     const std::string& uid) const {
-  auto text = ahead_.take(openedEvents(*calendar), name);
+  auto text = ahead_.claim(*openedEvents(*calendar), name);
   if (!text) {
     auto contents = loggedIfUnreadable(contentsInFolder(*calendar, name));
     if (!contents) return nullptr;
@@ -84,12 +84,14 @@ void CalCalendarStore::readAhead(CalCalendar& calendar, std::vector<std::string>
   if (!files_.supportsOtherThreads()) return;
   std::erase_if(uids, [](const std::string& uid) { return !pathComponent(uid, "").ok(); });
   for (std::string& uid : uids) uid += kSuffix;
-  ahead_.begin(openedEvents(calendar), std::move(uids));
+  ahead_.collect();
+  ahead_.prefetch(openedEvents(calendar), std::move(uids));
 }
 
-const ReadableFolder& CalCalendarStore::openedEvents(CalCalendar& calendar) const {
+const std::shared_ptr<const ReadableFolder>& CalCalendarStore::openedEvents(
+    CalCalendar& calendar) const {
   if (!calendar.events_) calendar.events_ = files_.openFolder(eventsFolder(calendar));
-  return *calendar.events_;
+  return calendar.events_;
 }
 
 void CalCalendarStore::forEachFile(const std::shared_ptr<CalCalendar>& calendar,

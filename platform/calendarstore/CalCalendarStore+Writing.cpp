@@ -101,8 +101,8 @@ Result<void> CalCalendarStore::writeEventFile(const CalCalendar& calendar, const
                    "It would be larger than " + std::to_string(EventFile::kLimit) + " bytes.");
   }
   wrote_ = true;
-  ahead_.forget(nameOf(path));
-  writeBehind();
+  ahead_.drop(nameOf(path));
+  syncBehind();
   auto written = files_.writeAtomically(path, text);
   if (written || written.error().kind != Error::Kind::absent) return written;
   if (auto made = files_.createDirectory(eventsFolder(calendar)); !made) return made;
@@ -124,31 +124,33 @@ Result<void> CalCalendarStore::removeFromFile(const std::string& path, const std
   const auto rest = contents ? EventFile::without(*contents, uid) : std::nullopt;
   if (!rest) return changedMeanwhile(path);
   wrote_ = true;
-  ahead_.forget(nameOf(path));
+  ahead_.drop(nameOf(path));
   return rest->empty() ? files_.removeFile(path) : files_.writeAtomically(path, *rest);
 }
 
 Result<void> CalCalendarStore::synchronize() {
   if (!wrote_) return {};
-  finishWritingBehind();
-  auto done = std::exchange(writtenBehind_, {});
+  finishSyncingBehind();
+  auto done = std::exchange(syncedBehind_, {});
   if (done) done = files_.synchronize(root_);
   if (done) wrote_ = false;
   return done;
 }
 
-/// The disk need not wait for the end of a run that writes thousands of files.
-void CalCalendarStore::writeBehind() {
+/// Counts a written file. After very many the disk begins to take them, on another thread, so that
+/// the end of the run need not wait for all.
+void CalCalendarStore::syncBehind() {
   constexpr std::size_t kMany = 8192;
   if (++writtenFiles_ % kMany != 0 || !files_.supportsOtherThreads()) return;
-  finishWritingBehind();
-  writingBehind_ = onAnotherThread([this] { return files_.synchronize(root_); });
+  finishSyncingBehind();
+  syncingBehind_ =
+      onAnotherThread([&files = files_, root = root_] { return files.synchronize(root); });
 }
 
 /// The system tells of a failure once, so it is kept.
-void CalCalendarStore::finishWritingBehind() {
-  if (!writingBehind_.valid()) return;
-  if (auto done = writingBehind_.get(); !done) writtenBehind_ = std::move(done);
+void CalCalendarStore::finishSyncingBehind() {
+  if (!syncingBehind_.valid()) return;
+  if (auto done = syncingBehind_.get(); !done) syncedBehind_ = std::move(done);
 }
 
 void CalCalendarStore::removeRemains(Remains remains) {

@@ -39,7 +39,7 @@ class CalCalendar {
   std::string title_;
   bool editable_ = true;
   std::string path_;
-  std::unique_ptr<ReadableFolder> events_;  ///< opened when first needed
+  std::shared_ptr<const ReadableFolder> events_;  ///< opened when first needed
 };
 
 enum class CalSpan { thisEvent };
@@ -67,8 +67,8 @@ class CalCalendarStore {
   /// that names the file, when its file cannot be read or parsed. Found by file name first
   /// ("<uid>.ics"), and only where that fails by an index over all files, built once.
   [[nodiscard]] std::shared_ptr<CalEvent> eventWithUID(const std::string& uid);
-  /// Tells for which UIDs eventWithUID will be asked next but for those of the last call, so that
-  /// their events, where they lie in that calendar, are read meanwhile. No result depends on it.
+  /// The events that eventWithUID will be asked for after the ones of the last call. Those that lie
+  /// in that calendar are read meanwhile. No result depends on it.
   void readAhead(CalCalendar& calendar, std::vector<std::string> uids);
   /// Writes a new event into its calendar, or the changed properties of one that is in the store
   /// into its file, all other lines of which stay byte for byte. The error names the file. A file
@@ -114,7 +114,7 @@ class CalCalendarStore {
   [[nodiscard]] std::shared_ptr<CalEvent> eventInFile(const std::shared_ptr<CalCalendar>& calendar,
                                                       const std::string& name,
                                                       const std::string& uid) const;
-  const ReadableFolder& openedEvents(CalCalendar& calendar) const;
+  const std::shared_ptr<const ReadableFolder>& openedEvents(CalCalendar& calendar) const;
   void forEachFile(const std::shared_ptr<CalCalendar>& calendar,
                    const std::function<void(const std::string& name)>& visit) const;
   void forEachEvent(const std::shared_ptr<CalCalendar>& calendar,
@@ -124,8 +124,8 @@ class CalCalendarStore {
   void buildIdentityIndex();
   Result<void> writeEventFile(const CalCalendar& calendar, const std::string& path,
                               std::string_view text);
-  void writeBehind();
-  void finishWritingBehind();
+  void syncBehind();
+  void finishSyncingBehind();
   Result<void> saveChanges(CalEvent& event);
   Result<void> removeFromFile(const std::string& path, const std::string& uid);
 
@@ -138,11 +138,11 @@ class CalCalendarStore {
   mutable std::string memory_;  ///< of the last event file, for the next
   bool wrote_ = false;
   std::size_t writtenFiles_ = 0;
-  std::future<Result<void>> writingBehind_;
-  Result<void> writtenBehind_;  ///< how that went so far
+  std::future<Result<void>> syncingBehind_;
+  Result<void> syncedBehind_;  ///< how that went so far
   std::unique_ptr<Folders> folders_;
   std::unique_ptr<Index> index_;
-  mutable ReadAhead ahead_;  ///< goes before the folders that it reads
+  mutable ReadAhead ahead_;
 };
 
 }  // namespace annivo

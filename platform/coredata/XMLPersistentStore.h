@@ -92,7 +92,9 @@ class XMLPersistentStore final : public NSPersistentStore {
   std::optional<Stamp> fileStamp_;            ///< nothing: there is no file
   std::optional<std::uint64_t> journalSize_;  ///< nothing: there is no journal
   std::unique_ptr<AppendingFile> journal_;
-  std::future<Result<void>> loading_;  ///< while it runs, all but this is its own
+  /// While it runs, all the rest is its own. The last member, so that nothing goes before it has
+  /// ended.
+  std::future<Result<void>> loading_;
 };
 
 }  // namespace annivo

@@ -20,7 +20,7 @@ void ReadAhead::Batch::read(std::size_t limit) {
   }
 }
 
-std::optional<std::string_view> ReadAhead::Batch::take(std::string_view name) {
+std::optional<std::string_view> ReadAhead::Batch::claim(std::string_view name) {
   const auto isIt = [&](const File& file) { return file.name == name; };
   const auto likely = files.begin() + static_cast<std::ptrdiff_t>(next);
   auto found = std::find_if(likely, files.end(), isIt);
@@ -31,29 +31,36 @@ std::optional<std::string_view> ReadAhead::Batch::take(std::string_view name) {
   return std::string_view(contents).substr(found->begin, found->length);
 }
 
-void ReadAhead::begin(const ReadableFolder& folder, std::vector<std::string> names) {
-  Batch batch{.folder = &folder, .files = {}, .contents = std::move(ready_.contents)};
-  batch.contents.clear();
-  ready_ = coming_.valid() ? coming_.get() : Batch{};
-  for (const std::string& name : std::exchange(changed_, {})) (void)ready_.take(name);
-  ready_.next = 0;
+void ReadAhead::prefetch(std::shared_ptr<const ReadableFolder> folder,
+                         std::vector<std::string> names) {
+  prefetching_ = {};
+  dropped_.clear();
   if (names.empty()) return;
+  Batch batch{.folder = std::move(folder), .files = {}, .contents = std::exchange(spare_, {})};
+  batch.contents.clear();
   batch.files.reserve(names.size());
   for (std::string& name : names) batch.files.push_back({.name = std::move(name)});
-  coming_ = onAnotherThread([limit = limit_, batch = std::move(batch)]() mutable {
+  prefetching_ = onAnotherThread([limit = limit_, batch = std::move(batch)]() mutable {
     batch.read(limit);
     return std::move(batch);
   });
 }
 
-std::optional<std::string_view> ReadAhead::take(const ReadableFolder& folder,
-                                                std::string_view name) {
-  return ready_.folder == &folder ? ready_.take(name) : std::nullopt;
+void ReadAhead::collect() {
+  spare_ = std::move(collected_.contents);
+  collected_ = prefetching_.valid() ? prefetching_.get() : Batch{};
+  for (const std::string& name : std::exchange(dropped_, {})) (void)collected_.claim(name);
+  collected_.next = 0;
 }
 
-void ReadAhead::forget(std::string_view name) {
-  if (coming_.valid()) changed_.emplace_back(name);
-  (void)ready_.take(name);
+std::optional<std::string_view> ReadAhead::claim(const ReadableFolder& folder,
+                                                 std::string_view name) {
+  return collected_.folder.get() == &folder ? collected_.claim(name) : std::nullopt;
+}
+
+void ReadAhead::drop(std::string_view name) {
+  if (prefetching_.valid()) dropped_.emplace_back(name);
+  (void)collected_.claim(name);
 }
 
 }  // namespace annivo

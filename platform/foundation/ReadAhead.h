@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <future>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,15 +21,19 @@ class ReadAhead {
   /// Larger files than that are left to the usual way.
   explicit ReadAhead(std::size_t limit) : limit_(limit) {}
 
-  /// Begins to read the files of those names in `folder`, which outlives this, and makes ready for
-  /// take() what the last call began; what that call made ready is dropped.
-  void begin(const ReadableFolder& folder, std::vector<std::string> names);
-  /// The content of a file, once, valid until the next begin(); nothing when it is not there.
-  /// Cheapest in the order of the names.
-  [[nodiscard]] std::optional<std::string_view> take(const ReadableFolder& folder,
-                                                     std::string_view name);
-  /// Tells that this program changes or removes the file of that name, in whatever folder.
-  void forget(std::string_view name);
+  /// Begins to read the files of those names. What the call before began, if it was not collected,
+  /// is dropped.
+  void prefetch(std::shared_ptr<const ReadableFolder> folder, std::vector<std::string> names);
+  /// Waits for what prefetch() began: from here on it can be claimed. What was collected before is
+  /// dropped.
+  void collect();
+  /// The content of a collected file, handed out once and valid until the next collect(); nothing
+  /// when it is not there. Cheapest in the order of the names.
+  [[nodiscard]] std::optional<std::string_view> claim(const ReadableFolder& folder,
+                                                      std::string_view name);
+  /// Drops the file of that name, in whatever folder, collected or still being read: this program
+  /// changes or removes it.
+  void drop(std::string_view name);
 
  private:
   struct File {
@@ -38,19 +43,20 @@ class ReadAhead {
     bool isThere = false;
   };
   struct Batch {
-    const ReadableFolder* folder = nullptr;
+    std::shared_ptr<const ReadableFolder> folder;
     std::vector<File> files;
     std::string contents;
-    std::size_t next = 0;  ///< where take() goes on
+    std::size_t next = 0;  ///< where claim() goes on
 
     void read(std::size_t limit);
-    std::optional<std::string_view> take(std::string_view name);
+    std::optional<std::string_view> claim(std::string_view name);
   };
 
   std::size_t limit_;
-  Batch ready_;
-  std::vector<std::string> changed_;  ///< since coming_ began
-  std::future<Batch> coming_;
+  Batch collected_;
+  std::string spare_;                 ///< memory for the next batch
+  std::vector<std::string> dropped_;  ///< since prefetching_ began
+  std::future<Batch> prefetching_;
 };
 
 }  // namespace annivo
