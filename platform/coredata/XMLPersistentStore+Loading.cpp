@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 #include "platform/coredata/ContentHash.h"
 #include "platform/coredata/XMLPersistentStore.h"
@@ -12,15 +10,6 @@ namespace annivo {
 namespace {
 
 std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
-
-/// "20261120-184600"
-std::string compactTime(Date date) {
-  const CivilTime t = NSTimeZone().civil(date);
-  std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%04d%02d%02d-%02d%02d%02d", static_cast<int>(t.year),
-                t.month, t.day, t.hour, t.minute, t.second);
-  return text.data();
-}
 
 }  // namespace
 
@@ -126,24 +115,15 @@ bool XMLPersistentStore::apply(XMLStoreChange& change) {
 }
 
 void XMLPersistentStore::reportDamage(const std::string& path, const std::string& reason) {
-  const std::string name = asideName(path);
-  aside_.emplace_back(path, name);
+  const std::string aside = files_.pathAside(path, environment_.clock.now());
+  aside_.emplace_back(path, aside);
   if (damage_) return;
   damage_ = Error{.kind = Error::Kind::malformed,
                   .domain = "NSCocoaErrorDomain",
                   .code = 259,
                   .description = "The file " + path + " is damaged and is set aside as \"" +
-                                 nameOf(name) + "\".",
+                                 nameOf(aside) + "\".",
                   .failureReason = reason};
-}
-
-std::string XMLPersistentStore::asideName(const std::string& path) const {
-  const std::string name = path + ".damaged-" + compactTime(environment_.clock.now());
-  std::string free = name;
-  for (int number = 2; files_.attributesAtPath(free, Links::doNotFollow).ok(); ++number) {
-    free = name + "-" + std::to_string(number);
-  }
-  return free;
 }
 
 void XMLPersistentStore::noteFile(std::string_view bytes) {

@@ -59,7 +59,6 @@ class XMLPersistentStore final : public NSPersistentStore {
   bool apply(XMLStoreChange& change);
   Result<std::optional<Stamp>> stampOf(const std::string& path) const;
   void reportDamage(const std::string& path, const std::string& reason);
-  [[nodiscard]] std::string asideName(const std::string& path) const;
 
   // Saving.
   void markPending(XMLStoreRow& row);

@@ -61,6 +61,23 @@ Result<void> NSFileManager::createDirectoriesUnder(const std::string& root,
   return createDirectory(path);
 }
 
+std::string NSFileManager::pathAside(const std::string& path, Date now) const {
+  std::string time = describe(now);  // "2026-11-20 18:46:00 +0000"
+  std::erase_if(time, [](char c) { return c == '-' || c == ':'; });
+  const std::string aside = path + ".damaged-" + time.substr(0, 8) + "T" + time.substr(9, 6) + "Z";
+  std::string free = aside;
+  for (int number = 2; attributesAtPath(free, Links::doNotFollow).ok(); ++number) {
+    free = aside + "-" + std::to_string(number);
+  }
+  return free;
+}
+
+Result<std::string> NSFileManager::setAside(const std::string& path, Date now) {
+  std::string aside = pathAside(path, now);
+  if (auto moved = rename(path, aside); !moved) return moved.error();
+  return aside;
+}
+
 Result<std::string> pathComponent(std::string_view name, const std::string& what) {
   const auto refused = [&](const std::string& reason) {
     return Error{.kind = Error::Kind::refused,

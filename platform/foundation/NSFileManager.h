@@ -107,6 +107,12 @@ class NSFileManager {
   /// createDirectory for `path` and every missing folder above it, up to but not above `root`,
   /// which must exist and lie at or above `path`.
   Result<void> createDirectoriesUnder(const std::string& root, const std::string& path);
+  /// Where setAside would move what is at `path`: "<path>.damaged-20261120T184600Z" (of `now`, in
+  /// UTC), or with "-2", "-3" … behind it where something is there already.
+  [[nodiscard]] std::string pathAside(const std::string& path, Date now) const;
+  /// Renames a damaged file, which somebody may still want to mend, to its pathAside, and gives
+  /// that. Absent when nothing is at `path`.
+  Result<std::string> setAside(const std::string& path, Date now);
 };
 
 class PosixFileManager final : public NSFileManager {

@@ -49,7 +49,6 @@ class PreferenceDomains {
   };
   [[nodiscard]] Stored read(const std::string& name) const;
   Result<void> write(const std::string& name, State& state);
-  Result<void> setAside(const std::string& file);
 
   NSFileManager& files_;
   const Clock& clock_;

@@ -9,14 +9,6 @@ namespace {
 
 constexpr const char* kFolder = "/Library/Preferences";
 
-/// "20261120T184600Z".
-std::string compactTime(Date date) {
-  std::string text = describe(date);
-  std::erase_if(text, [](char c) { return c == '-' || c == ':'; });
-  text.replace(8, 1, "T");
-  return text.substr(0, 15) + "Z";
-}
-
 void applyChanges(const std::map<std::string, PropertyList>& changes,
                   PropertyList::Dictionary& values) {
   for (const auto& [key, value] : changes) {
@@ -109,7 +101,9 @@ Result<void> PreferenceDomains::write(const std::string& name, State& state) {
   Stored stored = read(name);
   if (stored.damage == Damage::unreadable) return stored.error;
   if (stored.damage == Damage::malformed) {
-    if (auto moved = setAside(file); !moved) return moved;
+    const auto aside = files_.setAside(file, clock_.now());
+    if (!aside) return aside.error();
+    log_.write(file + ": the damaged file was set aside as " + *aside);
   }
   PropertyList::Dictionary merged = std::move(stored.values).value_or(PropertyList::Dictionary{});
   applyChanges(state.changes, merged);
@@ -117,17 +111,6 @@ Result<void> PreferenceDomains::write(const std::string& name, State& state) {
     return written;
   }
   state.values = std::move(merged);
-  return {};
-}
-
-Result<void> PreferenceDomains::setAside(const std::string& file) {
-  const std::string target = file + ".damaged-" + compactTime(clock_.now());
-  std::string free = target;
-  for (int number = 2; files_.attributesAtPath(free, Links::doNotFollow).ok(); ++number) {
-    free = target + "-" + std::to_string(number);
-  }
-  if (auto moved = files_.rename(file, free); !moved) return moved;
-  log_.write(file + ": the damaged file was set aside as " + free);
   return {};
 }
 

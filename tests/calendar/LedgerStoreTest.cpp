@@ -115,7 +115,7 @@ TEST(LedgerStore, ADamagedLedgerIsSetAsideAndRebuiltFromTheCalendars) {
             std::string::npos);
   EXPECT_EQ(home.titles("A").size(), 2U);
   EXPECT_EQ(home.ledger().size(), 2U);
-  EXPECT_EQ(home.home.readFile(std::string(Home::kLedger) + ".damaged-20261120-184600"), damaged);
+  EXPECT_EQ(home.home.readFile(std::string(Home::kLedger) + ".damaged-20261120T184600Z"), damaged);
   home.write("A", events);
   EXPECT_EQ(home.home.alerts.shown().size(), 1U) << "all is well again";
 }

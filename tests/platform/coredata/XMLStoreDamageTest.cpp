@@ -24,7 +24,7 @@ struct XMLStoreDamage : testing::Test, LedgerFixture {
       ASSERT_TRUE(store->save().ok());
       ASSERT_TRUE(store->close().ok());
     }
-    const std::string aside = "L.xml.damaged-20261120-184600";
+    const std::string aside = "L.xml.damaged-20261120T184600Z";
     EXPECT_EQ(folder.readFile(aside), bytes);
     folder.remove(aside);
     auto again = open();
@@ -159,9 +159,9 @@ TEST_F(XMLStoreDamage, DamagedFilesAreKeptSideBySide) {
     ASSERT_TRUE(store->load().ok());
     ASSERT_TRUE(store->close().ok());
   }
-  EXPECT_EQ(folder.readFile("L.xml.damaged-20261120-184600"), "first");
-  EXPECT_EQ(folder.readFile("L.xml.damaged-20261120-184600-2"), "second");
-  EXPECT_EQ(folder.readFile("L.xml.damaged-20261120-184600-3"), "third");
+  EXPECT_EQ(folder.readFile("L.xml.damaged-20261120T184600Z"), "first");
+  EXPECT_EQ(folder.readFile("L.xml.damaged-20261120T184600Z-2"), "second");
+  EXPECT_EQ(folder.readFile("L.xml.damaged-20261120T184600Z-3"), "third");
 }
 
 TEST_F(XMLStoreDamage, WhatCannotBeSetAsideIsNotOverwritten) {
@@ -172,7 +172,7 @@ TEST_F(XMLStoreDamage, WhatCannotBeSetAsideIsNotOverwritten) {
   EXPECT_FALSE(store->save().ok());
   EXPECT_EQ(file(), "damaged");
   EXPECT_TRUE(store->save().ok());
-  EXPECT_EQ(folder.readFile("L.xml.damaged-20261120-184600"), "damaged");
+  EXPECT_EQ(folder.readFile("L.xml.damaged-20261120T184600Z"), "damaged");
 }
 
 }  // namespace

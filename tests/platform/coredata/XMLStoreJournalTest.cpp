@@ -130,7 +130,7 @@ TEST_F(XMLStoreJournalFile, AJournalOfAnotherFileIsSetAside) {
   ASSERT_TRUE(store->damage());
   EXPECT_NE(store->damage()->text().find("L.xml.journal"), std::string::npos);
   ASSERT_TRUE(store->close().ok());
-  EXPECT_EQ(folder.readFile("L.xml.journal.damaged-20261120-184600"), stale);
+  EXPECT_EQ(folder.readFile("L.xml.journal.damaged-20261120T184600Z"), stale);
   EXPECT_FALSE(hasJournal());
 }
 
@@ -145,8 +145,8 @@ TEST_F(XMLStoreJournalFile, WhatIsNoJournalIsSetAside) {
     EXPECT_EQ(all(*store).size(), 2U);
     EXPECT_TRUE(store->damage()) << text;
     ASSERT_TRUE(store->close().ok());
-    EXPECT_EQ(folder.readFile("L.xml.journal.damaged-20261120-184600"), text);
-    folder.remove("L.xml.journal.damaged-20261120-184600");
+    EXPECT_EQ(folder.readFile("L.xml.journal.damaged-20261120T184600Z"), text);
+    folder.remove("L.xml.journal.damaged-20261120T184600Z");
   }
 }
 
@@ -169,7 +169,7 @@ TEST_F(XMLStoreJournalFile, AJournalWhoseFileIsGoneIsSetAside) {
   EXPECT_TRUE(store->damage());
   insert(*store, "new");
   ASSERT_TRUE(store->save().ok());
-  EXPECT_TRUE(folder.exists("L.xml.journal.damaged-20261120-184600"));
+  EXPECT_TRUE(folder.exists("L.xml.journal.damaged-20261120T184600Z"));
   EXPECT_TRUE(folder.exists("L.xml"));
 }
 

@@ -236,6 +236,21 @@ TEST_P(NSFileManagerContract, RenamesAFolderWithItsContent) {
   EXPECT_FALSE(files().fileExistsAtPath(at("a")));
 }
 
+TEST_P(NSFileManagerContract, SetsDamagedFilesAsideUnderNamesOfTheirOwn) {
+  const Date now = *dateFromReferenceSeconds(806784360.25);
+  const std::string aside = "file.damaged-20260726T184600Z";
+  for (const auto& name : {aside, aside + "-2", aside + "-3"}) {
+    write("file", name);
+    EXPECT_EQ(files().pathAside(at("file"), now), at(name));
+    const auto moved = files().setAside(at("file"), now);
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(*moved, at(name));
+    EXPECT_FALSE(files().fileExistsAtPath(at("file")));
+  }
+  for (const auto& name : {aside, aside + "-2", aside + "-3"}) EXPECT_EQ(content(name), name);
+  EXPECT_EQ(files().setAside(at("file"), now).error().kind, Error::Kind::absent);
+}
+
 TEST_P(NSFileManagerContract, AppendsToWhatIsThere) {
   for (const char* part : {"one ", "two"}) {
     const auto file = files().openForAppending(at("journal"));
