@@ -25,7 +25,7 @@ std::string capitalizedName(Platform& platform, const char* code) {
 
 bool ZPKAddressBookDates::shouldHelperRun(Platform& platform, Date lastRun) {
   const Date modified = addressBookLastModifed(platform);
-  const Date* launched = parentSetting(platform, "lastLaunched").date();
+  const Date* launched = parentSetting(platform, keys::kLastLaunched).date();
   return (launched == nullptr ? modified : std::max(modified, *launched)) > lastRun;
 }
 
@@ -83,7 +83,7 @@ ContactDates ZPKAddressBookDates::filtered(const std::vector<ContactDateRecord>&
 
 const std::string& ZPKAddressBookDates::filterGroupID() {
   if (!filterGroupID_) {
-    filterGroupID_ = parentSetting(platform_, "selectedGroupUID").stringOr("");
+    filterGroupID_ = parentSetting(platform_, keys::kSelectedGroupUID).stringOr("");
   }
   return *filterGroupID_;
 }
@@ -91,7 +91,7 @@ const std::string& ZPKAddressBookDates::filterGroupID() {
 const std::vector<std::string>& ZPKAddressBookDates::filterLabels() {
   if (filterLabels_) return *filterLabels_;
   filterLabels_.emplace();
-  if (const auto* labels = parentSetting(platform_, "theLabels").array()) {
+  if (const auto* labels = parentSetting(platform_, keys::kTheLabels).array()) {
     for (const PropertyList& label : *labels) {
       if (label.string()) filterLabels_->push_back(*label.string());
     }

@@ -16,18 +16,19 @@ ZPKAnvCCalendarItemsFormat::ZPKAnvCCalendarItemsFormat(Platform& platform, ZPKCa
 void ZPKAnvCCalendarItemsFormat::setAlarmsWithDataForType(const PropertyList& preferences,
                                                           const std::string& type) {
   thisInstance.initAlarmArray();
-  const auto* rows = preferences["alarmTable"].array();
+  const auto* rows = preferences[keys::kAlarmTable].array();
   if (!rows) return;
-  const auto* path = preferences["alarmFilePath"].string();
+  const auto* path = preferences[keys::kAlarmFilePath].string();
   const std::string url = path ? fileURLWithPath(*path) : "";
   for (const auto& row : *rows) {
-    if (row["type"].isEqualToString("None") || !row[type].isTheTrueObject()) continue;
-    thisInstance.addAlarm({.addAlarm = row["type"].stringOr(""),
-                           .emailAddress = preferences["setEmail"].stringOr(""),
-                           .relativeTrigger = triggerIntervalFromDaysAndHours(
-                               row["days"], row["time"], platform_.defaultTimeZone()),
-                           .sound = preferences["selectedSystemSound"].stringOr(""),
-                           .URL = url});
+    if (row[keys::kRowType].isEqualToString("None") || !row[type].isTheTrueObject()) continue;
+    thisInstance.addAlarm(
+        {.addAlarm = row[keys::kRowType].stringOr(""),
+         .emailAddress = preferences[keys::kSetEmail].stringOr(""),
+         .relativeTrigger = triggerIntervalFromDaysAndHours(
+             row[keys::kRowDays], row[keys::kRowTime], platform_.defaultTimeZone()),
+         .sound = preferences[keys::kSelectedSystemSound].stringOr(""),
+         .URL = url});
   }
 }
 

@@ -8,7 +8,7 @@ namespace annivo {
 /// The logging switch: the program's own "doLog", read afresh at each call; on only when its
 /// integer value is exactly 1.
 [[nodiscard]] inline bool loggingIsOn(Platform& platform) {
-  return platform.standardUserDefaults().objectForKey("doLog").intValue() == 1;
+  return platform.standardUserDefaults().objectForKey(keys::kDoLog).intValue() == 1;
 }
 
 /// Writes a line when the logging switch is on. `parts` are joined only then.

@@ -105,7 +105,7 @@ const std::vector<std::string>& Platform::preferredLanguages() {
   if (!languages_) {
     const auto& global = domains_->domain(kGlobalDomain);
     const PropertyList values = global ? PropertyList(*global) : PropertyList();
-    languages_ = annivo::preferredLanguages(values["AppleLanguages"], parts_.environment);
+    languages_ = annivo::preferredLanguages(values[keys::kAppleLanguages], parts_.environment);
   }
   return *languages_;
 }

@@ -21,13 +21,10 @@
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSRunLoop.h"
 #include "platform/foundation/NSUserDefaults.h"
+#include "platform/foundation/PreferenceKeys.h"
 #include "platform/sparkle/SUUpdater.h"
 
 namespace annivo {
-
-/// The names under which the two programs keep their preferences.
-inline constexpr const char* kParentDomain = "org.annivo.Annivo2";
-inline constexpr const char* kAgentDomain = "org.annivo.Annivo2.Agent";
 
 /// What a Platform stands on: a home, an executable and the services that a test replaces.
 struct PlatformParts {

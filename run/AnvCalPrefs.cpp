@@ -8,8 +8,11 @@ namespace annivo {
 namespace {
 
 PropertyList alarmRow(const char* type, const char* days, Date time, bool selected) {
-  return PropertyList::Dictionary{
-      {"type", type}, {"days", days}, {"time", time}, {"birth", selected}, {"anni", selected}};
+  return PropertyList::Dictionary{{keys::kRowType, type},
+                                  {keys::kRowDays, days},
+                                  {keys::kRowTime, time},
+                                  {keys::kRowBirth, selected},
+                                  {keys::kRowAnni, selected}};
 }
 
 PropertyList defaultAlarmTable(Platform& platform) {
@@ -31,26 +34,26 @@ const PropertyList& defaultTemplate() {
 
 /// The default under a key; nil for a key that has none.
 PropertyList defaultFor(const std::string& key, Platform& platform) {
-  if (key == "birthCalTitle" || key == "aneeCalTitle") {
+  if (key == keys::kBirthCalTitle || key == keys::kAneeCalTitle) {
     // The birthday calendar is deliberately named after anniversaries too: with equal titles both
     // kinds of date share one calendar.
     return ZPKAddressBookDates::localizedAnniversaryString(platform);
   }
-  if (key == "birthCalUID" || key == "aneeCalUID") return "";
-  if (key == "selectedGroup") return " ";
-  if (key == "appRunning") return true;
-  if (key == "titleBirthdays" || key == "titleAnniversaries") return defaultTemplate();
-  if (key == "alarmTable") return defaultAlarmTable(platform);
-  if (key == "setEmail") return ZPKAddressBookDates::userPrimaryEmail(platform);
-  if (key == "alarmFilePath") return platform.homeDirectory();
-  if (key == "selectedSystemSound") return "Basso";
+  if (key == keys::kBirthCalUID || key == keys::kAneeCalUID) return "";
+  if (key == keys::kSelectedGroup) return " ";
+  if (key == keys::kAppRunning) return true;
+  if (key == keys::kTitleBirthdays || key == keys::kTitleAnniversaries) return defaultTemplate();
+  if (key == keys::kAlarmTable) return defaultAlarmTable(platform);
+  if (key == keys::kSetEmail) return ZPKAddressBookDates::userPrimaryEmail(platform);
+  if (key == keys::kAlarmFilePath) return platform.homeDirectory();
+  if (key == keys::kSelectedSystemSound) return "Basso";
   return {};
 }
 
 constexpr const char* kKeysWithDefaults[] = {
-    "birthCalTitle", "aneeCalTitle", "birthCalUID",    "aneeCalUID",
-    "selectedGroup", "appRunning",   "titleBirthdays", "titleAnniversaries",
-    "alarmTable",    "setEmail",     "alarmFilePath",  "selectedSystemSound"};
+    keys::kBirthCalTitle, keys::kAneeCalTitle, keys::kBirthCalUID,    keys::kAneeCalUID,
+    keys::kSelectedGroup, keys::kAppRunning,   keys::kTitleBirthdays, keys::kTitleAnniversaries,
+    keys::kAlarmTable,    keys::kSetEmail,     keys::kAlarmFilePath,  keys::kSelectedSystemSound};
 
 }  // namespace
 

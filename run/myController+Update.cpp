@@ -22,10 +22,10 @@ std::int64_t intervalIn(const PropertyList& stored) {
 void myController::launchSparkle() {
   const PropertyList& prefs = appPrefs->prefs();
   const Date now = platform_.clock().now();
-  const Date* last = prefs["SULastCheckTime"].date();
-  if (!updateCheckIsDue(intervalIn(prefs["SUScheduledCheckInterval"]),
+  const Date* last = prefs[keys::kSULastCheckTime].date();
+  if (!updateCheckIsDue(intervalIn(prefs[keys::kSUScheduledCheckInterval]),
                         timeInterval(last ? *last : now, now),
-                        prefs["SUEnableAutomaticChecks"].boolValue())) {
+                        prefs[keys::kSUEnableAutomaticChecks].boolValue())) {
     return;
   }
 
@@ -50,8 +50,8 @@ void myController::launchSparkle() {
 }
 
 void myController::setCheckDate() {
-  platform_.appPreferences().setAppValue("SULastCheckTime", platform_.clock().now() - kBackdating,
-                                         kParentDomain);
+  platform_.appPreferences().setAppValue(keys::kSULastCheckTime,
+                                         platform_.clock().now() - kBackdating, kParentDomain);
   (void)platform_.appPreferences().appSynchronize(kParentDomain);  // Logged where it fails.
 }
 

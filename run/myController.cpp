@@ -18,7 +18,7 @@ void myController::initialize(Platform& platform) { ZPKLimitSystem::alert(platfo
 void myController::awakeFromNib(NSWindow window) {
   log("Annivo open");  // Silent: the defaults that hold the switch are not there yet.
   defaults = &platform_.standardUserDefaults();
-  defaults->registerDefaults({{"lastUpdate", kUnixEpoch}, {"alarmSet", "0"}});
+  defaults->registerDefaults({{keys::kLastUpdate, kUnixEpoch}, {keys::kAlarmSet, "0"}});
   appPrefs = std::make_unique<AnvCalPrefs>(platform_);
   log("Annivo starting");
   mainWindow = window;
@@ -43,14 +43,15 @@ void myController::applicationDidFinishLaunching() {
 
 myController::Decision myController::decide() {
   myCalendarItems = std::make_unique<ZPKCalendarItems>(platform_);
-  if (defaults->objectForKey("alarmSet").isEqualToString("1")) return Decision::emptyCalendars;
-  if (!appPrefs->prefs()["appRunning"].isTheTrueObject()) return Decision::emptyCalendars;
-  const PropertyList& stored = defaults->objectForKey("lastUpdate");
+  if (defaults->objectForKey(keys::kAlarmSet).isEqualToString("1")) return Decision::emptyCalendars;
+  if (!appPrefs->prefs()[keys::kAppRunning].isTheTrueObject()) return Decision::emptyCalendars;
+  const PropertyList& stored = defaults->objectForKey(keys::kLastUpdate);
   const Date last = stored.date() ? *stored.date() : kUnixEpoch;
-  const bool changed =
-      myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(appPrefs->text("birthCalUID"), last) ||
-      myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(appPrefs->text("aneeCalUID"), last) ||
-      ZPKAddressBookDates::shouldHelperRun(platform_, last);
+  const bool changed = myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(
+                           appPrefs->text(keys::kBirthCalUID), last) ||
+                       myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(
+                           appPrefs->text(keys::kAneeCalUID), last) ||
+                       ZPKAddressBookDates::shouldHelperRun(platform_, last);
   return changed ? Decision::pass : Decision::nothingToUpdate;
 }
 
@@ -59,29 +60,31 @@ void myController::pass() {
   myCalendarItems->expectLedger();
   theDates = std::make_unique<ZPKAddressBookDates>(platform_);
 
-  const std::string anniversaryUID = appPrefs->text("aneeCalUID");
-  const std::string anniversaryTitle = appPrefs->text("aneeCalTitle");
+  const std::string anniversaryUID = appPrefs->text(keys::kAneeCalUID);
+  const std::string anniversaryTitle = appPrefs->text(keys::kAneeCalTitle);
   if (!anniversaryUID.empty()) {
-    myCalendarItems->setThisCalendarWithUIDForType(anniversaryTitle, anniversaryUID, "aneeCalUID");
+    myCalendarItems->setThisCalendarWithUIDForType(anniversaryTitle, anniversaryUID,
+                                                   keys::kAneeCalUID);
     if (!myCalendarItems->calendarLocked()) {
-      sendCalendarTypeWithFormat("anni", appPrefs->texts("titleAnniversaries"));
+      sendCalendarTypeWithFormat(keys::kRowAnni, appPrefs->texts(keys::kTitleAnniversaries));
     }
   }
 
-  const std::string birthdayUID = appPrefs->text("birthCalUID");
-  const std::string birthdayTitle = appPrefs->text("birthCalTitle");
+  const std::string birthdayUID = appPrefs->text(keys::kBirthCalUID);
+  const std::string birthdayTitle = appPrefs->text(keys::kBirthCalTitle);
   if (!birthdayUID.empty()) {
     if (birthdayTitle == anniversaryTitle) {
       if (birthdayUID != anniversaryUID) {
         const auto& shared = myCalendarItems->thisCalendar();
         myCalendarItems->setDefaultUIDForType(shared ? std::optional(shared->uid()) : std::nullopt,
-                                              "birthCalUID");
+                                              keys::kBirthCalUID);
       }
     } else {
-      myCalendarItems->setThisCalendarWithUIDForType(birthdayTitle, birthdayUID, "birthCalUID");
+      myCalendarItems->setThisCalendarWithUIDForType(birthdayTitle, birthdayUID,
+                                                     keys::kBirthCalUID);
     }
     if (!myCalendarItems->calendarLocked()) {
-      sendCalendarTypeWithFormat("birth", appPrefs->texts("titleBirthdays"));
+      sendCalendarTypeWithFormat(keys::kRowBirth, appPrefs->texts(keys::kTitleBirthdays));
     }
   }
 
@@ -89,7 +92,7 @@ void myController::pass() {
   // The time of the run says that the calendars are as they should be, so they must be on disk
   // before it is.
   myCalendarItems->synchronizeCalendars();
-  defaults->setObjectForKey(platform_.clock().now(), "lastUpdate");
+  defaults->setObjectForKey(platform_.clock().now(), keys::kLastUpdate);
   (void)defaults->synchronize();  // Logged where it fails; the next run then does the pass again.
   log("Annivo ending");
   platform_.application().terminate();
@@ -100,8 +103,8 @@ void myController::sendCalendarTypeWithFormat(const std::string& type,
   {
     ZPKAnvCCalendarItemsFormat formatter(platform_, *myCalendarItems, titleFormat);
     formatter.setAlarmsWithDataForType(appPrefs->prefs(), type);
-    const auto& records =
-        type == "anni" ? theDates->addressBookCustomDates() : theDates->addressBookBirthDates();
+    const auto& records = type == keys::kRowAnni ? theDates->addressBookCustomDates()
+                                                 : theDates->addressBookBirthDates();
     formatter.setEventsWithOriginals(records);
   }
   log(type + " Ended");
@@ -109,7 +112,7 @@ void myController::sendCalendarTypeWithFormat(const std::string& type,
 
 void myController::emptyAndOuit() {
   log("Annivo emptying calendar");
-  platform_.appPreferences().setAppValue("appRunning", false, kParentDomain);
+  platform_.appPreferences().setAppValue(keys::kAppRunning, false, kParentDomain);
   (void)platform_.appPreferences().appSynchronize(kParentDomain);  // Logged where it fails.
   // One writer at a time: two would hold the ledger open side by side.
   myCalendarItems.reset();

@@ -6,6 +6,7 @@
 #include "frameworks/Sparkle/FeedFetcher.h"
 #include "frameworks/Sparkle/UpdateChoice.h"
 #include "platform/foundation/Clock.h"
+#include "platform/foundation/PreferenceKeys.h"
 #include "platform/sparkle/SUUpdater.h"
 
 namespace annivo {
@@ -33,8 +34,8 @@ class BundleUpdater final : public SUUpdater {
   void checkForUpdateInformation() override {
     if (isChecking_) return;
     isChecking_ = true;
-    feed_ = text("SUFeedURL");
-    if (feed_.empty()) feed_ = bundle_.infoDictionary()["SUFeedURL"].stringOr("");
+    feed_ = text(keys::kSUFeedURL);
+    if (feed_.empty()) feed_ = bundle_.infoDictionary()[keys::kSUFeedURL].stringOr("");
     fetcher_.fetch(feed_, [this](const Result<std::string>& feed) { feedArrived(feed); });
   }
 
@@ -63,7 +64,7 @@ class BundleUpdater final : public SUUpdater {
   void recordCheck() const {
     const std::string domain = bundle_.bundleIdentifier();
     if (domain.empty()) return;
-    host_.domains.set(domain, "SULastCheckTime", SystemClock().now());
+    host_.domains.set(domain, keys::kSULastCheckTime, SystemClock().now());
     (void)host_.domains.synchronize(domain);  // Logged where it fails.
   }
 
@@ -77,7 +78,7 @@ class BundleUpdater final : public SUUpdater {
     }
     return chooseUpdate(*items, {.version = version,
                                  .systemVersion = host_.systemVersion,
-                                 .skippedVersion = text("SUSkippedVersion")});
+                                 .skippedVersion = text(keys::kSUSkippedVersion)});
   }
 
   std::optional<AppcastItem> explain(const Error& error) const {

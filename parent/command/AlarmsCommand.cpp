@@ -8,7 +8,8 @@ namespace annivo {
 
 void alarmsCommand(CommandSession& session) {
   AnvCalPrefs prefs(session.platform);
-  const auto alarms = listedAlarms(prefs.prefs()["alarmTable"], session.platform.defaultTimeZone());
+  const auto alarms =
+      listedAlarms(prefs.prefs()[keys::kAlarmTable], session.platform.defaultTimeZone());
   const Console& console = session.console;
   if (console.json) {
     PropertyList::Array list;
@@ -30,7 +31,7 @@ void alarmsCommand(CommandSession& session) {
 
 void addAlarmCommand(CommandSession& session, const NewAlarm& alarm) {
   AnvCalPrefs prefs(session.platform);
-  const PropertyList& stored = prefs.prefs()["alarmTable"];
+  const PropertyList& stored = prefs.prefs()[keys::kAlarmTable];
   const auto table = withAlarm(stored,
                                {.kind = alarm.kind,
                                 .days = alarm.days,
@@ -42,16 +43,16 @@ void addAlarmCommand(CommandSession& session, const NewAlarm& alarm) {
   if (*table == stored) {
     session.console.note("There is such an alarm already; nothing is added.");
   } else {
-    storeChoices(session, {{"alarmTable", *table}});
+    storeChoices(session, {{keys::kAlarmTable, *table}});
   }
   alarmsCommand(session);
 }
 
 void removeAlarmCommand(CommandSession& session, int number) {
   AnvCalPrefs prefs(session.platform);
-  const auto table = withoutAlarm(prefs.prefs()["alarmTable"], number);
+  const auto table = withoutAlarm(prefs.prefs()[keys::kAlarmTable], number);
   if (!table) throw Refusal{table.error().description};
-  storeChoices(session, {{"alarmTable", *table}});
+  storeChoices(session, {{keys::kAlarmTable, *table}});
   alarmsCommand(session);
 }
 

@@ -234,7 +234,7 @@ std::vector<std::string> CommandLine::State::valuesFor(
   if (path == " alarms remove") {
     AnvCalPrefs prefs(session.platform);
     for (const ListedAlarm& alarmRow :
-         listedAlarms(prefs.prefs()["alarmTable"], session.platform.defaultTimeZone())) {
+         listedAlarms(prefs.prefs()[keys::kAlarmTable], session.platform.defaultTimeZone())) {
       found.push_back(std::to_string(alarmRow.number));
     }
   }

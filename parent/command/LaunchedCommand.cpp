@@ -47,7 +47,7 @@ void launchedCommand(CommandSession& session) {
   updater.setDelegate(&outcome);
   updater.checkForUpdateInformation();
   const auto item = outcome.waitOn(platform.runLoop());
-  storeChoices(session, {{"SULastCheckTime", platform.clock().now()}});
+  storeChoices(session, {{keys::kSULastCheckTime, platform.clock().now()}});
   if (!item) return;
   NSAlert alert;
   alert.messageText = "Annivo 2 " + printable(item->displayVersion) + " is out";

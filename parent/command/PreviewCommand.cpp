@@ -51,7 +51,7 @@ PropertyList leftOutValue(const std::vector<LeftOut>& leftOut) {
 
 void hintAtCalendars(CommandSession& session) {
   AnvCalPrefs prefs(session.platform);
-  if (prefs.text("birthCalUID").empty() && prefs.text("aneeCalUID").empty()) {
+  if (prefs.text(keys::kBirthCalUID).empty() && prefs.text(keys::kAneeCalUID).empty()) {
     session.console.note(
         "No calendar is chosen: \"annivo calendars choose both CALENDAR\" chooses one.");
   }
@@ -87,7 +87,7 @@ void previewCommand(CommandSession& session) {
 
 void runCommand(CommandSession& session) {
   AnvCalPrefs prefs(session.platform);
-  if (!prefs.prefs()["appRunning"].isTheTrueObject()) {
+  if (!prefs.prefs()[keys::kAppRunning].isTheTrueObject()) {
     throw Refusal{"the agent is switched off; \"annivo on\" switches it on"};
   }
   hintAtCalendars(session);

@@ -50,7 +50,8 @@ void statusCommand(CommandSession& session) {
   const auto value = [&](const char* name) { return settingNamed(name).show(session); };
   const NextRun next = nextRun(session);
   const bool service = serviceIsInstalled(session);
-  const PropertyList lastRun = session.platform.standardUserDefaults().objectForKey("lastUpdate");
+  const PropertyList lastRun =
+      session.platform.standardUserDefaults().objectForKey(keys::kLastUpdate);
   if (console.json) {
     return console.writeJSON(
         PropertyList::Dictionary{{"agent", value("agent")},

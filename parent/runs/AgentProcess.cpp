@@ -75,8 +75,8 @@ PropertyList lastUpdateCheck(Platform& platform) {
   PreferenceDomains stored(platform.fileManager(), platform.clock(), platform.log(),
                            platform.homeDirectory());
   const auto& parent = stored.domain(kParentDomain);
-  return parent && parent->contains("SULastCheckTime") ? parent->at("SULastCheckTime")
-                                                       : PropertyList();
+  return parent && parent->contains(keys::kSULastCheckTime) ? parent->at(keys::kSULastCheckTime)
+                                                            : PropertyList();
 }
 
 /// Runs the agent once more where it only started the parent application, to tell of a new
@@ -86,14 +86,14 @@ void runToItsEnd(Session& session, const std::string& executable) {
   runAndWait(executable);
   if (lastUpdateCheck(session.platform) == check) return;
   AnvCalPrefs prefs(session.platform);
-  const PropertyList& interval = prefs.prefs()["SUScheduledCheckInterval"];
+  const PropertyList& interval = prefs.prefs()[keys::kSUScheduledCheckInterval];
   if (!interval.isNil() && interval.integerValue() < 1) {
     throw Refusal{
         "a new version is out, and at every run the agent only tells of it; \"annivo settings "
         "update-interval daily\" lets it do its work"};
   }
   session.note("A new version of Annivo 2 is out; the application tells where.");
-  storeChoices(session, {{"SULastCheckTime", session.platform.clock().now()}});
+  storeChoices(session, {{keys::kSULastCheckTime, session.platform.clock().now()}});
   runAndWait(executable);
 }
 

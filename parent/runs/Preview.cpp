@@ -50,8 +50,8 @@ class Reasons {
  public:
   Reasons(Platform& platform, ZPKAddressBookDates& dates)
       : platform_(platform), prefs_(platform), dates_(dates) {
-    birthdays_ = calendarProblem("birthCalUID", "birthdays");
-    others_ = calendarProblem("aneeCalUID", "anniversaries and other dates");
+    birthdays_ = calendarProblem(keys::kBirthCalUID, "birthdays");
+    others_ = calendarProblem(keys::kAneeCalUID, "anniversaries and other dates");
   }
 
   std::string of(const ContactDateRecord& record, bool isBirthday) {
@@ -123,7 +123,7 @@ std::vector<std::string> newCalendars(Session& session, Platform& after) {
 
 bool isOn(Platform& platform) {
   AnvCalPrefs prefs(platform);
-  return prefs.prefs()["appRunning"].isTheTrueObject();
+  return prefs.prefs()[keys::kAppRunning].isTheTrueObject();
 }
 
 /// The agent's controller, which at the end of its run is asked about the dates that it read.
@@ -167,7 +167,7 @@ Preview previewRun(Session& session) {
 
   // A run that is started now finds the parent just launched; a preview looks for no update.
   setLaunch(platform);
-  platform.appPreferences().setAppValue("SUEnableAutomaticChecks", false, kParentDomain);
+  platform.appPreferences().setAppValue(keys::kSUEnableAutomaticChecks, false, kParentDomain);
   DelegateClass agent = myController::delegateClass(platform);
   agent.make = [&] { return std::make_unique<PreviewedController>(platform, preview); };
   const int status = platform.application().main(platform.mainBundle(), agent);

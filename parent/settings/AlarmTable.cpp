@@ -47,7 +47,7 @@ std::optional<std::pair<int, int>> parseTime(const std::string& text) {
 }
 
 bool isFree(const PropertyList& row) {
-  return row["type"].isNil() || row["type"].isEqualToString("None");
+  return row[keys::kRowType].isNil() || row[keys::kRowType].isEqualToString("None");
 }
 
 PropertyList::Array rowsOf(const PropertyList& table) {
@@ -55,8 +55,11 @@ PropertyList::Array rowsOf(const PropertyList& table) {
 }
 
 PropertyList freeRow(const PropertyList& time) {
-  return PropertyList::Dictionary{
-      {"type", "None"}, {"days", "0"}, {"time", time}, {"birth", false}, {"anni", false}};
+  return PropertyList::Dictionary{{keys::kRowType, "None"},
+                                  {keys::kRowDays, "0"},
+                                  {keys::kRowTime, time},
+                                  {keys::kRowBirth, false},
+                                  {keys::kRowAnni, false}};
 }
 
 }  // namespace
@@ -68,18 +71,18 @@ std::vector<ListedAlarm> listedAlarms(const PropertyList& table, const NSTimeZon
     ++number;
     if (isFree(row)) continue;
     std::string time;
-    if (row["time"].date()) {
-      const CivilTime civil = zone.civil(*row["time"].date());
+    if (row[keys::kRowTime].date()) {
+      const CivilTime civil = zone.civil(*row[keys::kRowTime].date());
       std::array<char, 16> text{};
       std::snprintf(text.data(), text.size(), "%02d:%02d", civil.hour, civil.minute);
       time = text.data();
     }
     alarms.push_back({.number = number,
-                      .kind = shownKind(row["type"].stringOr("")),
-                      .days = row["days"].intValue(),
+                      .kind = shownKind(row[keys::kRowType].stringOr("")),
+                      .days = row[keys::kRowDays].intValue(),
                       .time = time,
-                      .birthdays = row["birth"].isTheTrueObject(),
-                      .anniversaries = row["anni"].isTheTrueObject()});
+                      .birthdays = row[keys::kRowBirth].isTheTrueObject(),
+                      .anniversaries = row[keys::kRowAnni].isTheTrueObject()});
   }
   return alarms;
 }
@@ -112,11 +115,11 @@ Result<PropertyList> withAlarm(const PropertyList& table, const ListedAlarm& ala
   while (rows.size() < kRows) rows.push_back(freeRow(moment));
   for (PropertyList& row : rows) {
     if (!isFree(row)) continue;
-    row = PropertyList::Dictionary{{"type", *kind},
-                                   {"days", std::to_string(alarm.days)},
-                                   {"time", moment},
-                                   {"birth", alarm.birthdays},
-                                   {"anni", alarm.anniversaries}};
+    row = PropertyList::Dictionary{{keys::kRowType, *kind},
+                                   {keys::kRowDays, std::to_string(alarm.days)},
+                                   {keys::kRowTime, moment},
+                                   {keys::kRowBirth, alarm.birthdays},
+                                   {keys::kRowAnni, alarm.anniversaries}};
     return PropertyList(rows);
   }
   return reason("all five alarms are in use; \"annivo alarms remove NUMBER\" frees one");
@@ -130,7 +133,7 @@ Result<PropertyList> withoutAlarm(const PropertyList& table, int number) {
                   "; \"annivo alarms\" lists those there are");
   }
   PropertyList& row = rows[static_cast<std::size_t>(number) - 1];
-  row = freeRow(row["time"]);
+  row = freeRow(row[keys::kRowTime]);
   return PropertyList(rows);
 }
 

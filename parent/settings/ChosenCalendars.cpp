@@ -53,25 +53,25 @@ void choose(Session& session, const std::string& kind,
 }  // namespace
 
 ChosenCalendars chosenCalendars(AnvCalPrefs& prefs) {
-  return {chosen(prefs, "birthCalUID", "birthCalTitle"),
-          chosen(prefs, "aneeCalUID", "aneeCalTitle")};
+  return {chosen(prefs, keys::kBirthCalUID, keys::kBirthCalTitle),
+          chosen(prefs, keys::kAneeCalUID, keys::kAneeCalTitle)};
 }
 
 PropertyList::Dictionary calendarPreferences(const ChosenCalendars& chosen) {
   const auto& [birthdays, anniversaries] = chosen;
-  PropertyList::Dictionary values{{"birthCalUID", birthdays ? birthdays->uid : ""},
-                                  {"aneeCalUID", anniversaries ? anniversaries->uid : ""},
-                                  {"birthCalTitle", PropertyList()},
-                                  {"aneeCalTitle", PropertyList()}};
+  PropertyList::Dictionary values{{keys::kBirthCalUID, birthdays ? birthdays->uid : ""},
+                                  {keys::kAneeCalUID, anniversaries ? anniversaries->uid : ""},
+                                  {keys::kBirthCalTitle, PropertyList()},
+                                  {keys::kAneeCalTitle, PropertyList()}};
   if (!birthdays && !anniversaries) return values;
   const std::string title = birthdays ? birthdays->title : anniversaries->title;
-  values["birthCalTitle"] = birthdays ? title : title + " (birthdays)";
+  values[keys::kBirthCalTitle] = birthdays ? title : title + " (birthdays)";
   if (!anniversaries) {
-    values["aneeCalTitle"] = title + " (anniversaries)";
+    values[keys::kAneeCalTitle] = title + " (anniversaries)";
   } else if (birthdays && birthdays->uid != anniversaries->uid && title == anniversaries->title) {
-    values["aneeCalTitle"] = anniversaries->title + " (anniversaries)";
+    values[keys::kAneeCalTitle] = anniversaries->title + " (anniversaries)";
   } else {
-    values["aneeCalTitle"] =
+    values[keys::kAneeCalTitle] =
         birthdays && birthdays->uid == anniversaries->uid ? title : anniversaries->title;
   }
   return values;

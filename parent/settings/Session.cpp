@@ -35,10 +35,10 @@ void storeChoices(Session& session, const PropertyList::Dictionary& choices) {
 
 void setLaunch(Platform& platform) {
   Date launch = platform.clock().now();
-  const PropertyList& lastUpdate = platform.standardUserDefaults().objectForKey("lastUpdate");
+  const PropertyList& lastUpdate = platform.standardUserDefaults().objectForKey(keys::kLastUpdate);
   if (lastUpdate.date())
     launch = std::max(launch, *lastUpdate.date() + std::chrono::milliseconds(1));
-  platform.appPreferences().setAppValue("lastLaunched", launch, kParentDomain);
+  platform.appPreferences().setAppValue(keys::kLastLaunched, launch, kParentDomain);
 }
 
 void markLaunch(Platform& platform) {

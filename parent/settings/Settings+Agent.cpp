@@ -4,6 +4,7 @@
 
 #include "parent/settings/Settings.h"
 #include "parent/settings/Words.h"
+#include "platform/LoggingSwitch.h"
 #include "run/AnvCalPrefs.h"
 
 namespace annivo {
@@ -30,18 +31,18 @@ void storeOwn(Session& session, const char* key, PropertyList value) {
 }
 
 void setUpdateChecks(Session& session, const std::vector<std::string>& words) {
-  PropertyList::Dictionary choices{{"SUEnableAutomaticChecks", isOn(words)}};
+  PropertyList::Dictionary choices{{keys::kSUEnableAutomaticChecks, isOn(words)}};
   // Without a time of the last check none would ever be due.
   AnvCalPrefs prefs(session.platform);
-  if (!prefs.prefs()["SULastCheckTime"].date()) {
-    choices.emplace("SULastCheckTime", session.platform.clock().now());
+  if (!prefs.prefs()[keys::kSULastCheckTime].date()) {
+    choices.emplace(keys::kSULastCheckTime, session.platform.clock().now());
   }
   storeChoices(session, choices);
 }
 
 std::string shownInterval(Session& session) {
   AnvCalPrefs prefs(session.platform);
-  const PropertyList& stored = prefs.prefs()["SUScheduledCheckInterval"];
+  const PropertyList& stored = prefs.prefs()[keys::kSUScheduledCheckInterval];
   const std::int64_t seconds = stored.isNil() ? kDefaultInterval : stored.integerValue();
   if (seconds > 0 && seconds % kDay == 0) {
     return counted(static_cast<std::size_t>(seconds / kDay), "day", "days");
@@ -65,7 +66,7 @@ void setInterval(Session& session, const std::vector<std::string>& words) {
       throw Refusal{"give daily, weekly, monthly or 1 to 3650 days"};
     }
   }
-  storeChoices(session, {{"SUScheduledCheckInterval", days * kDay}});
+  storeChoices(session, {{keys::kSUScheduledCheckInterval, days * kDay}});
 }
 
 std::string momentOrNever(Session& session, const PropertyList& moment) {
@@ -91,15 +92,15 @@ Setting agentSwitch() {
           .show =
               [](Session& session) {
                 AnvCalPrefs prefs(session.platform);
-                return onOff(prefs.prefs()["appRunning"].isTheTrueObject());
+                return onOff(prefs.prefs()[keys::kAppRunning].isTheTrueObject());
               },
           .set =
               [](Session& session, const std::vector<std::string>& words) {
-                storeChoices(session, {{"appRunning", isOn(words)}});
+                storeChoices(session, {{keys::kAppRunning, isOn(words)}});
               },
           .reset =
               [](Session& session) {
-                storeChoices(session, {{"appRunning", PropertyList()}});
+                storeChoices(session, {{keys::kAppRunning, PropertyList()}});
               },
           .values = onOffWords};
 }
@@ -110,30 +111,26 @@ Setting emptyingSwitch() {
           .show =
               [](Session& session) {
                 return onOff(session.platform.standardUserDefaults()
-                                 .objectForKey("alarmSet")
+                                 .objectForKey(keys::kAlarmSet)
                                  .isEqualToString("1"));
               },
           .set =
               [](Session& session, const std::vector<std::string>& words) {
-                storeOwn(session, "alarmSet", isOn(words) ? "1" : "0");
+                storeOwn(session, keys::kAlarmSet, isOn(words) ? "1" : "0");
               },
-          .reset = [](Session& session) { storeOwn(session, "alarmSet", PropertyList()); },
+          .reset = [](Session& session) { storeOwn(session, keys::kAlarmSet, PropertyList()); },
           .values = onOffWords};
 }
 
 Setting logging() {
   return {.name = "logging",
           .help = "whether the agent writes each step to the log",
-          .show =
-              [](Session& session) {
-                return onOff(
-                    session.platform.standardUserDefaults().objectForKey("doLog").intValue() == 1);
-              },
+          .show = [](Session& session) { return onOff(loggingIsOn(session.platform)); },
           .set =
               [](Session& session, const std::vector<std::string>& words) {
-                storeOwn(session, "doLog", isOn(words) ? 1 : 0);
+                storeOwn(session, keys::kDoLog, isOn(words) ? 1 : 0);
               },
-          .reset = [](Session& session) { storeOwn(session, "doLog", PropertyList()); },
+          .reset = [](Session& session) { storeOwn(session, keys::kDoLog, PropertyList()); },
           .values = onOffWords};
 }
 
@@ -145,12 +142,12 @@ std::vector<Setting> agentSettings() {
                  .show =
                      [](Session& session) {
                        AnvCalPrefs prefs(session.platform);
-                       return onOff(prefs.prefs()["SUEnableAutomaticChecks"].boolValue());
+                       return onOff(prefs.prefs()[keys::kSUEnableAutomaticChecks].boolValue());
                      },
                  .set = setUpdateChecks,
                  .reset =
                      [](Session& session) {
-                       storeChoices(session, {{"SUEnableAutomaticChecks", PropertyList()}});
+                       storeChoices(session, {{keys::kSUEnableAutomaticChecks, PropertyList()}});
                      },
                  .values = onOffWords};
   Setting interval{.name = "update-interval",
@@ -159,30 +156,31 @@ std::vector<Setting> agentSettings() {
                    .set = setInterval,
                    .reset =
                        [](Session& session) {
-                         storeChoices(session, {{"SUScheduledCheckInterval", PropertyList()}});
+                         storeChoices(session, {{keys::kSUScheduledCheckInterval, PropertyList()}});
                        },
                    .values =
                        [](Session&) {
                          return std::vector<std::string>{"daily", "weekly", "monthly"};
                        }};
-  return {agentSwitch(),
-          emptyingSwitch(),
-          std::move(checks),
-          std::move(interval),
-          logging(),
-          readOnlyMoment("last-update-check", "SULastCheckTime",
-                         "when a new version was last looked for"),
-          readOnlyMoment("last-launched", "lastLaunched", "when this program last started a run"),
-          {.name = "last-run",
-           .help = "when the last full run ended",
-           .show =
-               [](Session& session) {
-                 return momentOrNever(
-                     session, session.platform.standardUserDefaults().objectForKey("lastUpdate"));
-               },
-           .set = {},
-           .reset = {},
-           .values = {}}};
+  return {
+      agentSwitch(),
+      emptyingSwitch(),
+      std::move(checks),
+      std::move(interval),
+      logging(),
+      readOnlyMoment("last-update-check", keys::kSULastCheckTime,
+                     "when a new version was last looked for"),
+      readOnlyMoment("last-launched", keys::kLastLaunched, "when this program last started a run"),
+      {.name = "last-run",
+       .help = "when the last full run ended",
+       .show =
+           [](Session& session) {
+             return momentOrNever(
+                 session, session.platform.standardUserDefaults().objectForKey(keys::kLastUpdate));
+           },
+       .set = {},
+       .reset = {},
+       .values = {}}};
 }
 
 }  // namespace annivo

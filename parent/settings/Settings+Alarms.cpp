@@ -29,7 +29,7 @@ void setEmail(Session& session, const std::vector<std::string>& words) {
       address.find('@', at + 1) != address.npos || address.find(' ') != address.npos) {
     throw Refusal{"\"" + address + "\" is no e-mail address"};
   }
-  storeChoices(session, {{"setEmail", address}});
+  storeChoices(session, {{keys::kSetEmail, address}});
 }
 
 void setFile(Session& session, const std::vector<std::string>& words) {
@@ -41,7 +41,7 @@ void setFile(Session& session, const std::vector<std::string>& words) {
   if (!session.platform.fileManager().fileExistsAtPath(path)) {
     throw Refusal{"there is no file " + path + " for the alarm to open"};
   }
-  storeChoices(session, {{"alarmFilePath", path}});
+  storeChoices(session, {{keys::kAlarmFilePath, path}});
 }
 
 Setting textSetting(const char* name, const char* key, const char* help) {
@@ -59,36 +59,37 @@ Setting textSetting(const char* name, const char* key, const char* help) {
 }  // namespace
 
 std::vector<Setting> alarmSettings() {
-  Setting alarms{.name = "alarms",
-                 .help = "the alarms of events; \"annivo alarms add\" and \"remove\" change them",
-                 .show =
-                     [](Session& session) {
-                       AnvCalPrefs prefs(session.platform);
-                       std::string text;
-                       for (const ListedAlarm& alarm : listedAlarms(
-                                prefs.prefs()["alarmTable"], session.platform.defaultTimeZone())) {
-                         text += (text.empty() ? "" : "; ") + alarmText(alarm);
-                       }
-                       return text.empty() ? "none" : text;
-                     },
-                 .set = {},
-                 .reset =
-                     [](Session& session) {
-                       storeChoices(session, {{"alarmTable", PropertyList()}});
-                     },
-                 .values = {}};
-  Setting email = textSetting("email", "setEmail", "the address that e-mail alarms go to");
+  Setting alarms{
+      .name = "alarms",
+      .help = "the alarms of events; \"annivo alarms add\" and \"remove\" change them",
+      .show =
+          [](Session& session) {
+            AnvCalPrefs prefs(session.platform);
+            std::string text;
+            for (const ListedAlarm& alarm : listedAlarms(prefs.prefs()[keys::kAlarmTable],
+                                                         session.platform.defaultTimeZone())) {
+              text += (text.empty() ? "" : "; ") + alarmText(alarm);
+            }
+            return text.empty() ? "none" : text;
+          },
+      .set = {},
+      .reset =
+          [](Session& session) {
+            storeChoices(session, {{keys::kAlarmTable, PropertyList()}});
+          },
+      .values = {}};
+  Setting email = textSetting("email", keys::kSetEmail, "the address that e-mail alarms go to");
   email.set = setEmail;
-  Setting sound = textSetting("sound", "selectedSystemSound", "the sound of sound alarms");
+  Setting sound = textSetting("sound", keys::kSelectedSystemSound, "the sound of sound alarms");
   sound.set = [](Session& session, const std::vector<std::string>& words) {
-    storeChoices(session, {{"selectedSystemSound", oneWord(words, "the name of one sound")}});
+    storeChoices(session, {{keys::kSelectedSystemSound, oneWord(words, "the name of one sound")}});
   };
   sound.values = [](Session&) {
     return std::vector<std::string>{"Basso", "Blow",   "Bottle",    "Frog", "Funk",
                                     "Glass", "Hero",   "Morse",     "Ping", "Pop",
                                     "Purr",  "Sosumi", "Submarine", "Tink"};
   };
-  Setting file = textSetting("file", "alarmFilePath", "the file that file alarms open");
+  Setting file = textSetting("file", keys::kAlarmFilePath, "the file that file alarms open");
   file.set = setFile;
   return {std::move(alarms), std::move(email), std::move(sound), std::move(file)};
 }

@@ -19,7 +19,7 @@ PropertyList stored(Session& session, const char* key) {
 }
 
 std::string shownGroup(Session& session) {
-  const std::string uid = stored(session, "selectedGroupUID").stringOr("");
+  const std::string uid = stored(session, keys::kSelectedGroupUID).stringOr("");
   if (uid.empty()) return "all";
   for (const ListedGroup& group : Contacts(session.platform).groups()) {
     if (group.uid == uid) return group.name;
@@ -47,11 +47,11 @@ ListedGroup findGroup(Session& session, const std::string& wanted) {
 void setGroup(Session& session, const std::vector<std::string>& words) {
   if (words.size() != 1) throw Refusal{"give one group (quote a name of several words), or all"};
   if (words.front() == "all") {
-    return storeChoices(session,
-                        {{"selectedGroupUID", PropertyList()}, {"selectedGroup", PropertyList()}});
+    return storeChoices(session, {{keys::kSelectedGroupUID, PropertyList()},
+                                  {keys::kSelectedGroup, PropertyList()}});
   }
   const ListedGroup group = findGroup(session, words.front());
-  storeChoices(session, {{"selectedGroupUID", group.uid}, {"selectedGroup", group.name}});
+  storeChoices(session, {{keys::kSelectedGroupUID, group.uid}, {keys::kSelectedGroup, group.name}});
 }
 
 std::string shownLabels(Session& session) {
@@ -65,7 +65,7 @@ std::string shownLabels(Session& session) {
 
 void setLabels(Session& session, const std::vector<std::string>& words) {
   if (words.size() == 1 && words.front() == "none") {
-    return storeChoices(session, {{"theLabels", PropertyList()}});
+    return storeChoices(session, {{keys::kTheLabels, PropertyList()}});
   }
   const auto labels = Contacts(session.platform).labels();
   PropertyList::Array chosen;
@@ -79,7 +79,7 @@ void setLabels(Session& session, const std::vector<std::string>& words) {
     }
     chosen.emplace_back(found->dateType);
   }
-  storeChoices(session, {{"theLabels", chosen}});
+  storeChoices(session, {{keys::kTheLabels, chosen}});
 }
 
 }  // namespace

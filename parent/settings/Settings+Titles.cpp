@@ -34,8 +34,8 @@ Setting titleSetting(const std::string& name, const std::string& key, DateKind k
 }  // namespace
 
 std::vector<Setting> titleSettings() {
-  return {titleSetting("birthday-title", "titleBirthdays", DateKind::birthday),
-          titleSetting("anniversary-title", "titleAnniversaries", DateKind::anniversary)};
+  return {titleSetting("birthday-title", keys::kTitleBirthdays, DateKind::birthday),
+          titleSetting("anniversary-title", keys::kTitleAnniversaries, DateKind::anniversary)};
 }
 
 }  // namespace annivo
