@@ -8,36 +8,36 @@ namespace annivo {
 void ZPKCalendarItems::adoptCalendars() {
   const auto* domain = &platform_.standardUserDefaults().persistentDomainForName(kParentDomain);
   for (const RunMark::Calendar& made : mark_.calendars()) {
-    if (!myStore.calendarWithUID(made.uid)) continue;
+    const auto type = calendarTypeOfUIDKey(made.key);
+    if (!type || !myStore.calendarWithUID(made.uid)) continue;
     const PropertyList stored = *domain ? PropertyList(**domain)[made.key] : PropertyList();
     if (stored.isEqualToString(made.uid)) continue;
     if (stored.string() && myStore.calendarWithUID(*stored.string())) continue;
-    adoptedCalendars_[made.key] = made.uid;
-    setDefaultUIDForType(made.uid, made.key);
+    adoptedCalendars_[*type] = made.uid;
+    setDefaultUIDForType(made.uid, *type);
   }
 }
 
-std::shared_ptr<CalCalendar> ZPKCalendarItems::adoptedCalendar(const std::string& key) {
-  const auto found = adoptedCalendars_.find(key);
+std::shared_ptr<CalCalendar> ZPKCalendarItems::adoptedCalendar(CalendarType type) {
+  const auto found = adoptedCalendars_.find(type);
   return found == adoptedCalendars_.end() ? nullptr : myStore.calendarWithUID(found->second);
 }
 
 void ZPKCalendarItems::setThisCalendarWithUIDForType(const std::string& title,
-                                                     const std::string& uid,
-                                                     const std::string& key) {
+                                                     const std::string& uid, CalendarType type) {
   calendarLocked_ = false;
   thisCalendar_ = myStore.calendarWithUID(uid);
-  if (!thisCalendar_) thisCalendar_ = adoptedCalendar(key);
+  if (!thisCalendar_) thisCalendar_ = adoptedCalendar(type);
   if (!thisCalendar_) {
     thisCalendar_ = CalCalendar::calendar();
     thisCalendar_->setTitle(title);
-    mark_.beginChanges({{.uid = thisCalendar_->uid(), .key = key}});
+    mark_.beginChanges({{.uid = thisCalendar_->uid(), .key = textsOf(type).uidKey}});
     // Not the person's concern before an event fails to be saved into it.
     if (const auto saved = myStore.saveCalendar(thisCalendar_); !saved) {
       platform_.log().write(saved.error().text());
       mark_.noteFailure(saved.error());
     }
-    setDefaultUIDForType(thisCalendar_->uid(), key);
+    setDefaultUIDForType(thisCalendar_->uid(), type);
   }
   if (!thisCalendar_->isEditable()) {
     platform_.log().write("The calendar " + thisCalendar_->title() +
@@ -48,9 +48,10 @@ void ZPKCalendarItems::setThisCalendarWithUIDForType(const std::string& title,
 }
 
 void ZPKCalendarItems::setDefaultUIDForType(const std::optional<std::string>& uid,
-                                            const std::string& key) {
+                                            CalendarType type) {
   CFPreferences& preferences = platform_.appPreferences();
-  preferences.setAppValue(key, uid ? PropertyList(*uid) : PropertyList(), kParentDomain);
+  preferences.setAppValue(textsOf(type).uidKey, uid ? PropertyList(*uid) : PropertyList(),
+                          kParentDomain);
   if (const auto flushed = preferences.appSynchronize(kParentDomain); !flushed) {
     mark_.noteFailure(flushed.error());  // Logged where it fails.
   }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "calendar/AlarmKind.h"
 #include "calendar/ZPKCalendarItems.h"
 #include "platform/LoggingSwitch.h"
 
@@ -25,12 +26,19 @@ void ZPKCalendarItems::initAlarmArray() { alarmArray_.clear(); }
 void ZPKCalendarItems::addAlarm(const Alarm& alarm) {
   CalAlarm added;
   added.relativeTrigger = alarm.relativeTrigger;
-  if (alarm.addAlarm == "Email") {
-    added.emailAddress = alarm.emailAddress;
-  } else if (alarm.addAlarm == "Open File") {
-    if (isFileURL(alarm.URL)) added.url = alarm.URL;
-  } else if (alarm.addAlarm.ends_with("Sound")) {
-    added.sound = alarm.sound;
+  switch (alarmKindOf(alarm.kind).value_or(AlarmKind::message)) {
+    case AlarmKind::email:
+      added.emailAddress = alarm.emailAddress;
+      break;
+    case AlarmKind::openFile:
+      if (isFileURL(alarm.URL)) added.url = alarm.URL;
+      break;
+    case AlarmKind::sound:
+      added.sound = alarm.sound;
+      break;
+    case AlarmKind::message:
+    case AlarmKind::none:
+      break;
   }
   alarmArray_.push_back(std::move(added));
 }

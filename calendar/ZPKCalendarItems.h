@@ -9,6 +9,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "calendar/CalendarType.h"
 #include "calendar/EventRecords.h"
 #include "calendar/Recovery.h"
 #include "calendar/RunMark.h"
@@ -35,15 +36,16 @@ class ZPKCalendarItems {
   // Selection.
 
   /// `setThisCalendar:withUID:forType:`. The calendar of that UID, or, when there is none, a new
-  /// one of that title, whose UID is stored in the parent's preferences under `key`.
+  /// one of that title, whose UID is stored in the parent's preferences as that of the type.
   void setThisCalendarWithUIDForType(const std::string& title, const std::string& uid,
-                                     const std::string& key);
+                                     CalendarType type);
   /// The current target; null before one was set.
   [[nodiscard]] const std::shared_ptr<CalCalendar>& thisCalendar() const { return thisCalendar_; }
   /// Whether the current target is not editable.
   [[nodiscard]] bool calendarLocked() const { return calendarLocked_; }
-  /// `setDefaultUID:forType:`. Stores a calendar's UID in the parent's preferences, at once.
-  void setDefaultUIDForType(const std::optional<std::string>& uid, const std::string& key);
+  /// `setDefaultUID:forType:`. Stores a calendar's UID in the parent's preferences, at once; no UID
+  /// removes it.
+  void setDefaultUIDForType(const std::optional<std::string>& uid, CalendarType type);
   /// `hasCalendar:beenUpdatedSinceLastRun:`
   [[nodiscard]] bool hasCalendarBeenUpdatedSinceLastRun(const std::string& uid,
                                                         std::optional<Date> lastRun);
@@ -55,7 +57,7 @@ class ZPKCalendarItems {
   [[nodiscard]] const std::vector<CalAlarm>& alarmArray() const { return alarmArray_; }
   /// The arguments of `addAlarm:emailAddress:relativeTrigger:sound:URL:`.
   struct Alarm {
-    std::string addAlarm;  ///< the kind
+    std::string kind;  ///< as the alarm table has it; of a text of no kind only the trigger counts
     std::string emailAddress;
     std::int32_t relativeTrigger = 0;  ///< seconds from the event's start
     std::string sound;
@@ -114,7 +116,7 @@ class ZPKCalendarItems {
   void removeRecordAndEvent(NSManagedObject& record, const char* logPrefix);
 
   void adoptCalendars();
-  [[nodiscard]] std::shared_ptr<CalCalendar> adoptedCalendar(const std::string& key);
+  [[nodiscard]] std::shared_ptr<CalCalendar> adoptedCalendar(CalendarType type);
   /// The folder of all calendars, or the home while there is none.
   [[nodiscard]] std::string calendarsFolder() const;
 
@@ -129,9 +131,9 @@ class ZPKCalendarItems {
   RunMark mark_;
   EventRecords records_;
   Recovery recovery_;
-  /// By preference key: calendars of the run that was cut off. The preferences that this run read
+  /// Calendars of the run that was cut off. The preferences that this run read
   /// at its start do not name them yet.
-  std::map<std::string, std::string> adoptedCalendars_;
+  std::map<CalendarType, std::string> adoptedCalendars_;
 };
 
 }  // namespace annivo

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "calendar/AlarmKind.h"
 #include "format/AlarmTrigger.h"
 #include "format/Occurrences.h"
 #include "platform/LoggingSwitch.h"
@@ -14,16 +15,18 @@ ZPKAnvCCalendarItemsFormat::ZPKAnvCCalendarItemsFormat(Platform& platform, ZPKCa
     : platform_(platform), thisInstance(target), mainTitleString(masterTitle(titleFormat)) {}
 
 void ZPKAnvCCalendarItemsFormat::setAlarmsWithDataForType(const PropertyList& preferences,
-                                                          const std::string& type) {
+                                                          CalendarType type) {
   thisInstance.initAlarmArray();
   const auto* rows = preferences[keys::kAlarmTable].array();
   if (!rows) return;
   const auto* path = preferences[keys::kAlarmFilePath].string();
   const std::string url = path ? fileURLWithPath(*path) : "";
   for (const auto& row : *rows) {
-    if (row[keys::kRowType].isEqualToString("None") || !row[type].isTheTrueObject()) continue;
+    if (row[keys::kRowType].isEqualToString(storedText(AlarmKind::none)) ||
+        !row[textsOf(type).word].isTheTrueObject())
+      continue;
     thisInstance.addAlarm(
-        {.addAlarm = row[keys::kRowType].stringOr(""),
+        {.kind = row[keys::kRowType].stringOr(""),
          .emailAddress = preferences[keys::kSetEmail].stringOr(""),
          .relativeTrigger = triggerIntervalFromDaysAndHours(
              row[keys::kRowDays], row[keys::kRowTime], platform_.defaultTimeZone()),

@@ -26,9 +26,9 @@ class ZPKAnvCCalendarItemsFormat {
   /// `usedTokens`, `setUsedTokens`. The nine token names in their order.
   [[nodiscard]] static constexpr const auto& usedTokens() { return kTokens; }
   /// `setAlarmsWithData:forType:`. Fills the writer's alarm list, emptied first, from the alarm
-  /// table; `type` is "birth" or "anni". A row counts when its value under `type` is the boolean
-  /// true and its kind is not "None"; what is missing in it or of another type counts as empty.
-  void setAlarmsWithDataForType(const PropertyList& preferences, const std::string& type);
+  /// table. A row counts when its value under the type's word is the boolean true and its kind is
+  /// not none; what is missing in it or of another type counts as empty.
+  void setAlarmsWithDataForType(const PropertyList& preferences, CalendarType type);
   /// `setEventsWithOriginal:`. Hands up to three events to the writer. A record without a date
   /// yields none.
   void setEventsWithOriginal(const ContactDateRecord& record);

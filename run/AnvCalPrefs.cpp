@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "run/AnvCalPrefs.h"
 
+#include "calendar/AlarmKind.h"
 #include "contacts/ZPKAddressBookDates.h"
 
 namespace annivo {
 
 namespace {
 
-PropertyList alarmRow(const char* type, const char* days, Date time, bool selected) {
-  return PropertyList::Dictionary{{keys::kRowType, type},
+PropertyList alarmRow(AlarmKind kind, const char* days, Date time, bool selected) {
+  return PropertyList::Dictionary{{keys::kRowType, storedText(kind)},
                                   {keys::kRowDays, days},
                                   {keys::kRowTime, time},
                                   {keys::kRowBirth, selected},
@@ -21,8 +22,8 @@ PropertyList defaultAlarmTable(Platform& platform) {
   eightToday = {
       .year = eightToday.year, .month = eightToday.month, .day = eightToday.day, .hour = 8};
   const Date time = zone.date(eightToday);
-  PropertyList::Array rows{alarmRow("Message", "2", time, true)};
-  rows.resize(5, alarmRow("None", "0", time, false));
+  PropertyList::Array rows{alarmRow(AlarmKind::message, "2", time, true)};
+  rows.resize(5, alarmRow(AlarmKind::none, "0", time, false));
   return rows;
 }
 

@@ -7,6 +7,20 @@
 
 namespace annivo {
 
+namespace {
+
+const ContactDates& datesOf(CalendarType type, ZPKAddressBookDates& dates) {
+  switch (type) {
+    case CalendarType::birthdays:
+      return dates.addressBookBirthDates();
+    case CalendarType::anniversaries:
+      break;
+  }
+  return dates.addressBookCustomDates();
+}
+
+}  // namespace
+
 DelegateClass myController::delegateClass(Platform& platform) {
   return {.name = "myController",
           .initialize = [&platform] { initialize(platform); },
@@ -64,9 +78,10 @@ void myController::pass() {
   const std::string anniversaryTitle = appPrefs->text(keys::kAneeCalTitle);
   if (!anniversaryUID.empty()) {
     myCalendarItems->setThisCalendarWithUIDForType(anniversaryTitle, anniversaryUID,
-                                                   keys::kAneeCalUID);
+                                                   CalendarType::anniversaries);
     if (!myCalendarItems->calendarLocked()) {
-      sendCalendarTypeWithFormat(keys::kRowAnni, appPrefs->texts(keys::kTitleAnniversaries));
+      sendCalendarTypeWithFormat(CalendarType::anniversaries,
+                                 appPrefs->texts(keys::kTitleAnniversaries));
     }
   }
 
@@ -77,14 +92,14 @@ void myController::pass() {
       if (birthdayUID != anniversaryUID) {
         const auto& shared = myCalendarItems->thisCalendar();
         myCalendarItems->setDefaultUIDForType(shared ? std::optional(shared->uid()) : std::nullopt,
-                                              keys::kBirthCalUID);
+                                              CalendarType::birthdays);
       }
     } else {
       myCalendarItems->setThisCalendarWithUIDForType(birthdayTitle, birthdayUID,
-                                                     keys::kBirthCalUID);
+                                                     CalendarType::birthdays);
     }
     if (!myCalendarItems->calendarLocked()) {
-      sendCalendarTypeWithFormat(keys::kRowBirth, appPrefs->texts(keys::kTitleBirthdays));
+      sendCalendarTypeWithFormat(CalendarType::birthdays, appPrefs->texts(keys::kTitleBirthdays));
     }
   }
 
@@ -98,16 +113,14 @@ void myController::pass() {
   platform_.application().terminate();
 }
 
-void myController::sendCalendarTypeWithFormat(const std::string& type,
+void myController::sendCalendarTypeWithFormat(CalendarType type,
                                               const std::vector<std::string>& titleFormat) {
   {
     ZPKAnvCCalendarItemsFormat formatter(platform_, *myCalendarItems, titleFormat);
     formatter.setAlarmsWithDataForType(appPrefs->prefs(), type);
-    const auto& records = type == keys::kRowAnni ? theDates->addressBookCustomDates()
-                                                 : theDates->addressBookBirthDates();
-    formatter.setEventsWithOriginals(records);
+    formatter.setEventsWithOriginals(datesOf(type, *theDates));
   }
-  log(type + " Ended");
+  log(std::string(textsOf(type).word) + " Ended");
 }
 
 void myController::emptyAndOuit() {

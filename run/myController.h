@@ -40,9 +40,8 @@ class myController final : public NSApplicationDelegate, public SUUpdaterDelegat
   [[nodiscard]] Decision decide();
   /// The pass: anniversaries, birthdays, stale events, the time of the run.
   void pass();
-  /// `sendCalendarType:withFormat:`. One calendar pass; `type` is "anni" or "birth".
-  void sendCalendarTypeWithFormat(const std::string& type,
-                                  const std::vector<std::string>& titleFormat);
+  /// `sendCalendarType:withFormat:`. One calendar pass.
+  void sendCalendarTypeWithFormat(CalendarType type, const std::vector<std::string>& titleFormat);
   /// Takes the program's events out of the calendars, switches the agent off and terminates.
   void emptyAndOuit();
   /// Starts the parent application and terminates.

@@ -32,13 +32,14 @@ void alarmsCommand(CommandSession& session) {
 void addAlarmCommand(CommandSession& session, const NewAlarm& alarm) {
   AnvCalPrefs prefs(session.platform);
   const PropertyList& stored = prefs.prefs()[keys::kAlarmTable];
-  const auto table = withAlarm(stored,
-                               {.kind = alarm.kind,
-                                .days = alarm.days,
-                                .time = alarm.time,
-                                .birthdays = alarm.dates != "anniversaries",
-                                .anniversaries = alarm.dates != "birthdays"},
-                               session.platform.clock().now(), session.platform.defaultTimeZone());
+  const auto table =
+      withAlarm(stored,
+                {.kind = alarmWord(alarm.kind),
+                 .days = alarm.days,
+                 .time = alarm.time,
+                 .birthdays = includes(alarm.dates, CalendarType::birthdays),
+                 .anniversaries = includes(alarm.dates, CalendarType::anniversaries)},
+                session.platform.clock().now(), session.platform.defaultTimeZone());
   if (!table) throw Refusal{table.error().description};
   if (*table == stored) {
     session.console.note("There is such an alarm already; nothing is added.");

@@ -22,10 +22,6 @@ std::string usedFor(const ChosenCalendars& chosen, const std::string& uid) {
   return birthdays ? "birthdays" : anniversaries ? "anniversaries" : "";
 }
 
-std::string kindText(const std::string& kind) {
-  return kind == "both" ? "birthdays and anniversaries" : kind;
-}
-
 }  // namespace
 
 void calendarsCommand(CommandSession& session) {
@@ -58,15 +54,14 @@ void calendarsCommand(CommandSession& session) {
   }
 }
 
-void chooseCalendarCommand(CommandSession& session, const std::string& kind,
-                           const std::string& calendar) {
+void chooseCalendarCommand(CommandSession& session, DateKind kind, const std::string& calendar) {
   const Calendar found = chooseCalendar(session, kind, calendar);
-  session.console.note("The calendar for " + kindText(kind) + " is now \"" +
+  session.console.note("The calendar for " + dateKindText(kind) + " is now \"" +
                        printable(found->title()) + "\".");
 }
 
 void createCalendarCommand(CommandSession& session, const std::string& title,
-                           const std::optional<std::string>& kind) {
+                           std::optional<DateKind> kind) {
   if (title.find_first_not_of(" \t\n") == title.npos) throw Refusal{"a calendar needs a title"};
   const Calendar calendar = CalCalendar::calendar();
   calendar->setTitle(title);
@@ -80,9 +75,9 @@ void createCalendarCommand(CommandSession& session, const std::string& title,
   if (kind) chooseCalendarCommand(session, *kind, calendar->uid());
 }
 
-void noCalendarCommand(CommandSession& session, const std::string& kind) {
+void noCalendarCommand(CommandSession& session, DateKind kind) {
   chooseNoCalendar(session, kind);
-  session.console.note("No calendar is chosen for " + kindText(kind) +
+  session.console.note("No calendar is chosen for " + dateKindText(kind) +
                        "; the next run takes their events out.");
 }
 

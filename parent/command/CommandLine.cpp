@@ -17,11 +17,14 @@ namespace annivo {
 namespace {
 
 constexpr const char* kVersion = "annivo 2.0.0";
-const std::vector<std::string> kKinds{"birthdays", "anniversaries", "both"};
-const std::vector<std::string> kAlarms{"message", "email", "sound", "file"};
+const std::vector<std::string> kKinds = dateKindWords();
+const std::vector<std::string> kAlarms = alarmWords();
 const std::vector<std::string> kShells{"bash", "zsh", "fish"};
 
 using Action = std::function<void(CommandSession&)>;
+
+/// Of a word that is among kKinds.
+DateKind chosenKind(const std::string& word) { return dateKindOfWord(word).value(); }
 
 /// The innermost command that the words name.
 const CLI::App& commandOf(const CLI::App& app) {
@@ -64,6 +67,7 @@ struct CommandLine::State {
   ImportRequest import{{}, "vCards", {}};
   std::string kind, calendar, title, key, shell, from;
   std::optional<std::string> forKind;
+  std::string alarmKind, alarmDates = dateKindWord(DateKind::both);
   std::vector<std::string> values;
   CLI::App* valued = nullptr;
   bool reset = false, print = false;
@@ -94,22 +98,20 @@ struct CommandLine::State {
     CLI::App& calendars =
         command(app, "calendars", "List, choose and create calendars", calendarsCommand);
     calendars.require_subcommand(0, 1);
-    CLI::App& choose = command(calendars, "choose", "Choose the calendar for dates",
-                               [this](auto& s) { chooseCalendarCommand(s, kind, calendar); });
-    choose.add_option("KIND", kind, "birthdays, anniversaries or both")
-        ->required()
-        ->check(CLI::IsMember(kKinds));
+    CLI::App& choose =
+        command(calendars, "choose", "Choose the calendar for dates",
+                [this](auto& s) { chooseCalendarCommand(s, chosenKind(kind), calendar); });
+    choose.add_option("KIND", kind, listed(kKinds, "or"))->required()->check(CLI::IsMember(kKinds));
     choose.add_option("CALENDAR", calendar, "Its title or UID")->required();
-    CLI::App& create = command(calendars, "create", "Create a calendar",
-                               [this](auto& s) { createCalendarCommand(s, title, forKind); });
+    CLI::App& create = command(calendars, "create", "Create a calendar", [this](auto& s) {
+      createCalendarCommand(s, title, forKind ? std::optional(chosenKind(*forKind)) : std::nullopt);
+    });
     create.add_option("TITLE", title, "Its title")->required();
-    create.add_option("--for", forKind, "Choose it for birthdays, anniversaries or both")
+    create.add_option("--for", forKind, "Choose it for " + listed(kKinds, "or"))
         ->check(CLI::IsMember(kKinds));
     CLI::App& none = command(calendars, "none", "Write no events of a kind",
-                             [this](auto& s) { noCalendarCommand(s, kind); });
-    none.add_option("KIND", kind, "birthdays, anniversaries or both")
-        ->required()
-        ->check(CLI::IsMember(kKinds));
+                             [this](auto& s) { noCalendarCommand(s, chosenKind(kind)); });
+    none.add_option("KIND", kind, listed(kKinds, "or"))->required()->check(CLI::IsMember(kKinds));
   }
 
   void addSettings() {
@@ -129,15 +131,17 @@ struct CommandLine::State {
     valued = &settingsApp;
     CLI::App& alarms = command(app, "alarms", "List, add and remove alarms", alarmsCommand);
     alarms.require_subcommand(0, 1);
-    CLI::App& add = command(alarms, "add", "Add an alarm to every event",
-                            [this](auto& s) { addAlarmCommand(s, alarm); });
-    add.add_option("KIND", alarm.kind, "message, email, sound or file")
+    CLI::App& add = command(alarms, "add", "Add an alarm to every event", [this](auto& s) {
+      alarm.kind = alarmKindOfWord(alarmKind).value();
+      alarm.dates = chosenKind(alarmDates);
+      addAlarmCommand(s, alarm);
+    });
+    add.add_option("KIND", alarmKind, listed(kAlarms, "or"))
         ->required()
         ->check(CLI::IsMember(kAlarms));
     add.add_option("--days", alarm.days, "Days before the date")->check(CLI::Range(0, 3650));
     add.add_option("--time", alarm.time, "Time of day, such as 08:00");
-    add.add_option("--for", alarm.dates, "birthdays, anniversaries or both")
-        ->check(CLI::IsMember(kKinds));
+    add.add_option("--for", alarmDates, listed(kKinds, "or"))->check(CLI::IsMember(kKinds));
     command(alarms, "remove", "Remove an alarm", [this](auto& s) { removeAlarmCommand(s, number); })
         .add_option("NUMBER", number, "Its number in the list")
         ->required();

@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "calendar/AlarmKind.h"
 #include "parent/command/Console.h"
+#include "parent/settings/DateKind.h"
 #include "parent/sources/Import.h"
 
 namespace annivo {
@@ -19,12 +21,11 @@ void groupsCommand(CommandSession& session);
 void labelsCommand(CommandSession& session);
 
 void calendarsCommand(CommandSession& session);
-/// `kind` is "birthdays", "anniversaries" or "both"; `calendar` a UID or a title.
-void chooseCalendarCommand(CommandSession& session, const std::string& kind,
-                           const std::string& calendar);
+/// `calendar` is a UID or a title.
+void chooseCalendarCommand(CommandSession& session, DateKind kind, const std::string& calendar);
 void createCalendarCommand(CommandSession& session, const std::string& title,
-                           const std::optional<std::string>& kind);
-void noCalendarCommand(CommandSession& session, const std::string& kind);
+                           std::optional<DateKind> kind);
+void noCalendarCommand(CommandSession& session, DateKind kind);
 
 void settingsCommand(CommandSession& session);
 void showSettingCommand(CommandSession& session, const std::string& key);
@@ -34,10 +35,10 @@ void setSettingCommand(CommandSession& session, const std::string& key,
 void resetSettingCommand(CommandSession& session, const std::string& key);
 
 struct NewAlarm {
-  std::string kind;  ///< "message", "email", "sound" or "file"
+  AlarmKind kind = AlarmKind::message;
   int days = 0;
   std::string time = "08:00";
-  std::string dates = "both";  ///< "birthdays", "anniversaries" or "both"
+  DateKind dates = DateKind::both;
 };
 void alarmsCommand(CommandSession& session);
 void addAlarmCommand(CommandSession& session, const NewAlarm& alarm);

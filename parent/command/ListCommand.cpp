@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "parent/command/Commands.h"
+#include "parent/settings/AlarmTable.h"
 #include "parent/settings/Words.h"
 
 namespace annivo {
@@ -45,11 +46,8 @@ std::string triggerText(double seconds) {
 }
 
 std::string alarmText(const CalAlarm& alarm) {
-  const std::string kind = alarm.emailAddress ? "email"
-                           : alarm.url        ? "file"
-                           : alarm.sound      ? "sound"
-                                              : "message";
-  return kind + ' ' + (alarm.relativeTrigger ? triggerText(*alarm.relativeTrigger) : "");
+  return std::string(alarmWord(alarmKindOf(alarm))) + ' ' +
+         (alarm.relativeTrigger ? triggerText(*alarm.relativeTrigger) : "");
 }
 
 }  // namespace

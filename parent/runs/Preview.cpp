@@ -50,8 +50,8 @@ class Reasons {
  public:
   Reasons(Platform& platform, ZPKAddressBookDates& dates)
       : platform_(platform), prefs_(platform), dates_(dates) {
-    birthdays_ = calendarProblem(keys::kBirthCalUID, "birthdays");
-    others_ = calendarProblem(keys::kAneeCalUID, "anniversaries and other dates");
+    birthdays_ = calendarProblem(CalendarType::birthdays, "birthdays");
+    others_ = calendarProblem(CalendarType::anniversaries, "anniversaries and other dates");
   }
 
   std::string of(const ContactDateRecord& record, bool isBirthday) {
@@ -75,8 +75,8 @@ class Reasons {
   }
 
  private:
-  std::string calendarProblem(const char* key, const std::string& kind) {
-    const std::string uid = prefs_.text(key);
+  std::string calendarProblem(CalendarType type, const std::string& kind) {
+    const std::string uid = prefs_.text(textsOf(type).uidKey);
     if (uid.empty()) return "no calendar is chosen for " + kind;
     const auto calendar = platform_.defaultCalendarStore().calendarWithUID(uid);
     if (!calendar) return "the calendar for " + kind + " is not there";

@@ -16,21 +16,10 @@ namespace {
 
 constexpr std::size_t kRows = 5;
 constexpr int kMostDays = 3650;
-constexpr std::array<std::pair<const char*, const char*>, 4> kKinds{
-    {{"message", "Message"}, {"email", "Email"}, {"sound", "Sound"}, {"file", "Open File"}}};
 
 std::string shownKind(const std::string& stored) {
-  for (const auto& [word, kind] : kKinds) {
-    if (stored == kind) return word;
-  }
-  return stored;
-}
-
-std::optional<std::string> storedKind(const std::string& word) {
-  for (const auto& [known, kind] : kKinds) {
-    if (word == known) return kind;
-  }
-  return std::nullopt;
+  const auto kind = alarmKindOf(stored);
+  return kind && stored == storedText(*kind) ? alarmWord(*kind) : stored;
 }
 
 /// "8:05" as hour and minute.
@@ -47,7 +36,8 @@ std::optional<std::pair<int, int>> parseTime(const std::string& text) {
 }
 
 bool isFree(const PropertyList& row) {
-  return row[keys::kRowType].isNil() || row[keys::kRowType].isEqualToString("None");
+  return row[keys::kRowType].isNil() ||
+         row[keys::kRowType].isEqualToString(storedText(AlarmKind::none));
 }
 
 PropertyList::Array rowsOf(const PropertyList& table) {
@@ -55,7 +45,7 @@ PropertyList::Array rowsOf(const PropertyList& table) {
 }
 
 PropertyList freeRow(const PropertyList& time) {
-  return PropertyList::Dictionary{{keys::kRowType, "None"},
+  return PropertyList::Dictionary{{keys::kRowType, storedText(AlarmKind::none)},
                                   {keys::kRowDays, "0"},
                                   {keys::kRowTime, time},
                                   {keys::kRowBirth, false},
@@ -63,6 +53,35 @@ PropertyList freeRow(const PropertyList& time) {
 }
 
 }  // namespace
+
+const char* alarmWord(AlarmKind kind) {
+  switch (kind) {
+    case AlarmKind::message:
+      return "message";
+    case AlarmKind::email:
+      return "email";
+    case AlarmKind::sound:
+      return "sound";
+    case AlarmKind::openFile:
+      return "file";
+    case AlarmKind::none:
+      break;
+  }
+  return "none";
+}
+
+std::optional<AlarmKind> alarmKindOfWord(std::string_view word) {
+  for (const AlarmKind kind : kAlarmKinds) {
+    if (word == alarmWord(kind)) return kind;
+  }
+  return std::nullopt;
+}
+
+std::vector<std::string> alarmWords() {
+  std::vector<std::string> words;
+  for (const AlarmKind kind : kAlarmKinds) words.emplace_back(alarmWord(kind));
+  return words;
+}
 
 std::vector<ListedAlarm> listedAlarms(const PropertyList& table, const NSTimeZone& zone) {
   std::vector<ListedAlarm> alarms;
@@ -89,10 +108,10 @@ std::vector<ListedAlarm> listedAlarms(const PropertyList& table, const NSTimeZon
 
 Result<PropertyList> withAlarm(const PropertyList& table, const ListedAlarm& alarm, Date now,
                                const NSTimeZone& zone) {
-  const auto kind = storedKind(alarm.kind);
+  const auto kind = alarmKindOfWord(alarm.kind);
   if (!kind) {
-    return reason("there is no alarm \"" + alarm.kind +
-                  "\"; there are message, email, sound and file");
+    return reason("there is no alarm \"" + alarm.kind + "\"; there are " +
+                  listed(alarmWords(), "and"));
   }
   const auto time = parseTime(alarm.time);
   if (!time) return reason("\"" + alarm.time + "\" is no time of day such as 08:00");
@@ -115,7 +134,7 @@ Result<PropertyList> withAlarm(const PropertyList& table, const ListedAlarm& ala
   while (rows.size() < kRows) rows.push_back(freeRow(moment));
   for (PropertyList& row : rows) {
     if (!isFree(row)) continue;
-    row = PropertyList::Dictionary{{keys::kRowType, *kind},
+    row = PropertyList::Dictionary{{keys::kRowType, storedText(*kind)},
                                    {keys::kRowDays, std::to_string(alarm.days)},
                                    {keys::kRowTime, moment},
                                    {keys::kRowBirth, alarm.birthdays},

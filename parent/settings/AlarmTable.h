@@ -1,17 +1,26 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "calendar/AlarmKind.h"
 #include "platform/Platform.h"
 
 namespace annivo {
 
+/// The word for a kind of alarm, "message" for one, and back; nothing for another word.
+[[nodiscard]] const char* alarmWord(AlarmKind kind);
+[[nodiscard]] std::optional<AlarmKind> alarmKindOfWord(std::string_view word);
+/// The words for all kinds that an alarm can have.
+[[nodiscard]] std::vector<std::string> alarmWords();
+
 /// One row of the alarm table in words.
 struct ListedAlarm {
   int number = 0;    ///< its place in the table, from 1
-  std::string kind;  ///< "message", "email", "sound", "file"; another program's kind as it stands
+  std::string kind;  ///< the kind's word; another program's kind as it stands
   std::int32_t days = 0;
   std::string time;  ///< "08:00"
   bool birthdays = false;

@@ -9,10 +9,10 @@ namespace annivo {
 
 namespace {
 
-std::optional<ChosenCalendar> chosen(AnvCalPrefs& prefs, const char* uidKey, const char* titleKey) {
-  const std::string uid = prefs.text(uidKey);
+std::optional<ChosenCalendar> chosen(AnvCalPrefs& prefs, CalendarType type) {
+  const std::string uid = prefs.text(textsOf(type).uidKey);
   if (uid.empty()) return std::nullopt;
-  return ChosenCalendar{uid, prefs.text(titleKey)};
+  return ChosenCalendar{uid, prefs.text(textsOf(type).titleKey)};
 }
 
 using Calendar = std::shared_ptr<CalCalendar>;
@@ -41,20 +41,18 @@ Calendar findCalendar(Session& session, const std::string& wanted) {
   return found.front();
 }
 
-void choose(Session& session, const std::string& kind,
-            const std::optional<ChosenCalendar>& calendar) {
+void choose(Session& session, DateKind kind, const std::optional<ChosenCalendar>& calendar) {
   AnvCalPrefs prefs(session.platform);
   ChosenCalendars chosen = chosenCalendars(prefs);
-  if (kind != "anniversaries") chosen.birthdays = calendar;
-  if (kind != "birthdays") chosen.anniversaries = calendar;
+  if (includes(kind, CalendarType::birthdays)) chosen.birthdays = calendar;
+  if (includes(kind, CalendarType::anniversaries)) chosen.anniversaries = calendar;
   storeChoices(session, calendarPreferences(chosen));
 }
 
 }  // namespace
 
 ChosenCalendars chosenCalendars(AnvCalPrefs& prefs) {
-  return {chosen(prefs, keys::kBirthCalUID, keys::kBirthCalTitle),
-          chosen(prefs, keys::kAneeCalUID, keys::kAneeCalTitle)};
+  return {chosen(prefs, CalendarType::birthdays), chosen(prefs, CalendarType::anniversaries)};
 }
 
 PropertyList::Dictionary calendarPreferences(const ChosenCalendars& chosen) {
@@ -77,7 +75,7 @@ PropertyList::Dictionary calendarPreferences(const ChosenCalendars& chosen) {
   return values;
 }
 
-std::shared_ptr<CalCalendar> chooseCalendar(Session& session, const std::string& kind,
+std::shared_ptr<CalCalendar> chooseCalendar(Session& session, DateKind kind,
                                             const std::string& calendar) {
   Calendar found = findCalendar(session, calendar);
   if (!found->isEditable()) {
@@ -87,8 +85,6 @@ std::shared_ptr<CalCalendar> chooseCalendar(Session& session, const std::string&
   return found;
 }
 
-void chooseNoCalendar(Session& session, const std::string& kind) {
-  choose(session, kind, std::nullopt);
-}
+void chooseNoCalendar(Session& session, DateKind kind) { choose(session, kind, std::nullopt); }
 
 }  // namespace annivo

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "parent/settings/DateKind.h"
 #include "parent/settings/Session.h"
 #include "run/AnvCalPrefs.h"
 
@@ -28,11 +29,11 @@ struct ChosenCalendars {
 /// the titles are stored equal exactly when one calendar is chosen for both.
 [[nodiscard]] PropertyList::Dictionary calendarPreferences(const ChosenCalendars& chosen);
 
-/// Stores the choice; `kind` is "birthdays", "anniversaries" or "both". The calendar is found by
+/// Stores the choice for a kind of date. The calendar is found by
 /// its UID, else by its title, else by its title in any case; throws Refusal where there is none,
 /// more than one, or one that cannot be written.
-std::shared_ptr<CalCalendar> chooseCalendar(Session& session, const std::string& kind,
+std::shared_ptr<CalCalendar> chooseCalendar(Session& session, DateKind kind,
                                             const std::string& calendar);
-void chooseNoCalendar(Session& session, const std::string& kind);
+void chooseNoCalendar(Session& session, DateKind kind);
 
 }  // namespace annivo

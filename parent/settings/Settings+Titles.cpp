@@ -7,15 +7,16 @@ namespace annivo {
 
 namespace {
 
-Setting titleSetting(const std::string& name, const std::string& key, DateKind kind) {
+Setting titleSetting(const std::string& name, CalendarType type) {
+  const char* key = textsOf(type).titleTemplateKey;
   return {.name = name,
           .help = "the title of events, such as \"{first name} {last name}: {ordinal age} {type}\"",
           .show =
-              [key, kind](Session& session) {
+              [key, type](Session& session) {
                 AnvCalPrefs prefs(session.platform);
                 const auto titleFormat = prefs.texts(key);
                 return templateText(titleFormat) + "  (\"" +
-                       exampleTitle(session.platform, kind, titleFormat) + "\")";
+                       exampleTitle(session.platform, type, titleFormat) + "\")";
               },
           .set =
               [key](Session& session, const std::vector<std::string>& words) {
@@ -34,8 +35,8 @@ Setting titleSetting(const std::string& name, const std::string& key, DateKind k
 }  // namespace
 
 std::vector<Setting> titleSettings() {
-  return {titleSetting("birthday-title", keys::kTitleBirthdays, DateKind::birthday),
-          titleSetting("anniversary-title", keys::kTitleAnniversaries, DateKind::anniversary)};
+  return {titleSetting("birthday-title", CalendarType::birthdays),
+          titleSetting("anniversary-title", CalendarType::anniversaries)};
 }
 
 }  // namespace annivo

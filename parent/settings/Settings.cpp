@@ -9,15 +9,16 @@ namespace annivo {
 
 namespace {
 
-Setting calendarSetting(const std::string& name, const std::string& kind) {
+Setting calendarSetting(const std::string& name, CalendarType type) {
+  const DateKind kind = dateKindOf(type);
   return {.name = name,
-          .help = "the calendar for " + kind + ": its title or UID, or none",
+          .help = "the calendar for " + dateKindText(kind) + ": its title or UID, or none",
           .show =
-              [kind](Session& session) {
+              [type](Session& session) {
                 AnvCalPrefs prefs(session.platform);
                 const ChosenCalendars chosen = chosenCalendars(prefs);
                 const auto& calendar =
-                    kind == "birthdays" ? chosen.birthdays : chosen.anniversaries;
+                    type == CalendarType::birthdays ? chosen.birthdays : chosen.anniversaries;
                 if (!calendar) return std::string("none");
                 const auto found =
                     session.platform.defaultCalendarStore().calendarWithUID(calendar->uid);
@@ -44,8 +45,8 @@ Setting calendarSetting(const std::string& name, const std::string& kind) {
 
 const std::vector<Setting>& settings() {
   static const std::vector<Setting> kSettings = [] {
-    std::vector<Setting> all{calendarSetting("birthday-calendar", "birthdays"),
-                             calendarSetting("anniversary-calendar", "anniversaries")};
+    std::vector<Setting> all{calendarSetting("birthday-calendar", CalendarType::birthdays),
+                             calendarSetting("anniversary-calendar", CalendarType::anniversaries)};
     for (auto part : {titleSettings(), contactSettings(), alarmSettings(), agentSettings()}) {
       std::move(part.begin(), part.end(), std::back_inserter(all));
     }

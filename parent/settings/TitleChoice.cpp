@@ -113,7 +113,7 @@ std::vector<std::string> tokenWords() {
   return words;
 }
 
-std::string exampleTitle(Platform& platform, DateKind kind,
+std::string exampleTitle(Platform& platform, CalendarType type,
                          const std::vector<std::string>& titleFormat) {
   const NSTimeZone& zone = platform.defaultTimeZone();
   ContactDateRecord record;
@@ -122,7 +122,7 @@ std::string exampleTitle(Platform& platform, DateKind kind,
   record.lastName = "Smith";
   record.nickName = "Annie";
   record.organization = "Acme";
-  record.dateType = kind == DateKind::birthday
+  record.dateType = type == CalendarType::birthdays
                         ? platform.sharedAddressBook().localizedPropertyOrLabel(kABBirthdayProperty)
                         : ZPKAddressBookDates::localizedAnniversaryString(platform);
   record.thisDate = zone.date({.year = 1980, .month = 6, .day = 10, .hour = 12});

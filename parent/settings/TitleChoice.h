@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "calendar/CalendarType.h"
 #include "platform/Platform.h"
 
 namespace annivo {
@@ -18,9 +19,8 @@ namespace annivo {
 /// The words for the tokens, "first-name" and so on.
 [[nodiscard]] std::vector<std::string> tokenWords();
 
-enum class DateKind { birthday, anniversary };
 /// The title that a template gives to the next birthday or anniversary of Ann Marie Smith.
-[[nodiscard]] std::string exampleTitle(Platform& platform, DateKind kind,
+[[nodiscard]] std::string exampleTitle(Platform& platform, CalendarType type,
                                        const std::vector<std::string>& titleFormat);
 
 }  // namespace annivo

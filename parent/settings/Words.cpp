@@ -33,6 +33,15 @@ std::string counted(std::size_t count, std::string_view one, std::string_view ma
   return std::to_string(count) + ' ' + std::string(count == 1 ? one : many);
 }
 
+std::string listed(const std::vector<std::string>& words, std::string_view conjunction) {
+  std::string text;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (i > 0) text += i + 1 == words.size() ? ' ' + std::string(conjunction) + ' ' : ", ";
+    text += words[i];
+  }
+  return text;
+}
+
 std::string shownDay(Date date, const NSTimeZone& zone) {
   const CivilTime civil = zone.civil(date);
   std::array<char, 48> text{};

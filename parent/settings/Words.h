@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/NSCalendarDate.h"
 
@@ -14,6 +15,9 @@ namespace annivo {
 [[nodiscard]] std::string printable(std::string_view text);
 /// "1 person", "3 people".
 [[nodiscard]] std::string counted(std::size_t count, std::string_view one, std::string_view many);
+/// "a, b or c" with the conjunction "or".
+[[nodiscard]] std::string listed(const std::vector<std::string>& words,
+                                 std::string_view conjunction);
 /// "2026-06-10" of a moment in the person's zone, "--06-10" for a date without a year.
 [[nodiscard]] std::string shownDay(Date date, const NSTimeZone& zone);
 /// "2026-06-10 08:00".

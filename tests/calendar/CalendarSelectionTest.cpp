@@ -119,7 +119,7 @@ TEST(CalendarSelection, AnUnknownUIDMakesACalendarAndStoresItsUID) {
   Home home;
   std::string uid;
   home.run([&](ZPKCalendarItems& writer) {
-    writer.setThisCalendarWithUIDForType("Annivo Birthdays", "gone", "birthCalUID");
+    writer.setThisCalendarWithUIDForType("Annivo Birthdays", "gone", CalendarType::birthdays);
     uid = writer.thisCalendar()->uid();
     EXPECT_FALSE(writer.calendarLocked());
   });
@@ -137,7 +137,7 @@ TEST(CalendarSelection, ACalendarThatCannotBeSavedIsTheTargetAllTheSame) {
   files.makeUnwritable(home.home.path("Library/Calendars"));
   home.home.useFileManager(&files);
   home.run([&](ZPKCalendarItems& writer) {
-    writer.setThisCalendarWithUIDForType("Birthdays", "gone", "birthCalUID");
+    writer.setThisCalendarWithUIDForType("Birthdays", "gone", CalendarType::birthdays);
     ASSERT_TRUE(writer.thisCalendar());
     EXPECT_EQ(writer.thisCalendar()->title(), "Birthdays");
     EXPECT_FALSE(writer.calendarLocked());
@@ -156,7 +156,7 @@ TEST(CalendarSelection, AKnownCalendarKeepsItsTitle) {
   home.logOn();
   home.makeCalendar("A", "Mine");
   home.run([&](ZPKCalendarItems& writer) {
-    writer.setThisCalendarWithUIDForType("Theirs", "A", "birthCalUID");
+    writer.setThisCalendarWithUIDForType("Theirs", "A", CalendarType::birthdays);
     EXPECT_EQ(writer.thisCalendar()->title(), "Mine");
   });
   EXPECT_TRUE(home.home.storedPreferences(kParentDomain).isNil());
@@ -168,11 +168,11 @@ TEST(CalendarSelection, AnUneditableCalendarIsReportedAlwaysAndLockedUntilTheNex
   home.makeCalendar("A", "Team", {{"Editable", false}});
   home.makeCalendar("B", "Mine");
   home.run([&](ZPKCalendarItems& writer) {
-    writer.setThisCalendarWithUIDForType("Team", "A", "birthCalUID");
+    writer.setThisCalendarWithUIDForType("Team", "A", CalendarType::birthdays);
     EXPECT_TRUE(writer.calendarLocked());
     EXPECT_EQ(home.home.log.count(kUneditable), 1U);
     EXPECT_EQ(home.home.log.count("Using calendar"), 0U) << "that line is under the switch";
-    writer.setThisCalendarWithUIDForType("Mine", "B", "birthCalUID");
+    writer.setThisCalendarWithUIDForType("Mine", "B", CalendarType::birthdays);
     EXPECT_FALSE(writer.calendarLocked());
   });
   EXPECT_EQ(home.home.log.count(kUneditable), 1U);
@@ -182,7 +182,7 @@ TEST(CalendarSelection, SettingADefaultUIDChangesThatKeyOnlyAndAtOnce) {
   Home home;
   home.home.parentPreferences({{"aneeCalUID", "A"}, {"other", 7}});
   ZPKCalendarItems writer(home.home.platform());
-  writer.setDefaultUIDForType("B", "birthCalUID");
+  writer.setDefaultUIDForType("B", CalendarType::birthdays);
   const PropertyList stored = home.home.storedPreferences(kParentDomain);
   EXPECT_TRUE(stored["birthCalUID"].isEqualToString("B"));
   EXPECT_TRUE(stored["aneeCalUID"].isEqualToString("A"));
@@ -199,7 +199,7 @@ TEST(CalendarSelection, IdentifiersThatAreNoFileNamesLeadToANewCalendarInItsPlac
     const auto before = home.home.snapshot("Library/x.calendar");
     home.run([&](ZPKCalendarItems& writer) {
       EXPECT_TRUE(writer.hasCalendarBeenUpdatedSinceLastRun(uid, kLatestDate));
-      writer.setThisCalendarWithUIDForType("Birthdays", uid, "birthCalUID");
+      writer.setThisCalendarWithUIDForType("Birthdays", uid, CalendarType::birthdays);
       EXPECT_NE(writer.thisCalendar()->uid(), uid);
       writer.addBasicEvent(eventOn(utc(2026, 12, 1, 12), "D", "Title"));
     });

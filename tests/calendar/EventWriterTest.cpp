@@ -61,7 +61,7 @@ TEST_F(EventWriter, AnUnchangedRunOpensNoFileForWriting) {
   FailingFileManager files(disk);
   home.home.useFileManager(&files);
   home.run([&](ZPKCalendarItems& writer) {
-    writer.setThisCalendarWithUIDForType("A", "A", "birthCalUID");
+    writer.setThisCalendarWithUIDForType("A", "A", CalendarType::birthdays);
     writer.addAlarm(message(0));
     writer.addBasicEvent(eventOn(kDay, "D-1", "Title"));
     writer.removeOtherEvents();
@@ -268,7 +268,7 @@ TEST_F(EventWriter, LosesOneAlarmOnlyHoweverManyAreTooMany) {
 TEST_F(EventWriter, MakesAlarmsByTheirKind) {
   ZPKCalendarItems writer(home.home.platform());
   const auto add = [&](const char* kind, const char* url) {
-    writer.addAlarm({.addAlarm = kind,
+    writer.addAlarm({.kind = kind,
                      .emailAddress = "a@example.org",
                      .relativeTrigger = -7,
                      .sound = "Basso",
@@ -324,7 +324,7 @@ TEST_F(EventWriter, ShowsAFailedEventSaveAndGoesOn) {
   home.home.useFileManager(&files);
   const std::vector events = {eventOn(kDay, "D-1", "One"), eventOn(kDay, "D-2", "Two")};
   home.run([&](ZPKCalendarItems& writer) {
-    writer.setThisCalendarWithUIDForType("A", "A", "birthCalUID");
+    writer.setThisCalendarWithUIDForType("A", "A", CalendarType::birthdays);
     const std::size_t third = files.changes().size() + 2;
     files.failChange(3, ENOSPC);  // The mark and the ledger come before it.
     for (const auto& event : events) writer.addBasicEvent(event);

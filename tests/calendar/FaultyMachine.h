@@ -50,9 +50,10 @@ class FaultyMachine {
     const std::string birthdayUID = preference(platform, "birthCalUID");
     {
       ZPKCalendarItems writer(platform);
-      writer.setThisCalendarWithUIDForType("Anniversaries", anniversaryUID, "aneeCalUID");
+      writer.setThisCalendarWithUIDForType("Anniversaries", anniversaryUID,
+                                           CalendarType::anniversaries);
       writeEvents(writer, input.anniversaries, input.alarms);
-      writer.setThisCalendarWithUIDForType("Birthdays", birthdayUID, "birthCalUID");
+      writer.setThisCalendarWithUIDForType("Birthdays", birthdayUID, CalendarType::birthdays);
       writeEvents(writer, input.birthdays, input.alarms);
       writer.removeOtherEvents();
       writer.synchronizeCalendars();

@@ -44,7 +44,7 @@ class OwnEvents : public testing::TestWithParam<Occasion> {
   }
   void pass(const std::vector<ZPKCalendarItems::BasicEvent>& events) {
     home.run([&](ZPKCalendarItems& writer) {
-      writer.setThisCalendarWithUIDForType("Birthdays", "A", "birthCalUID");
+      writer.setThisCalendarWithUIDForType("Birthdays", "A", CalendarType::birthdays);
       for (const auto& event : events) writer.addBasicEvent(event);
       writer.removeOtherEvents();
     });

@@ -22,7 +22,7 @@ struct RefusedEvents : testing::Test {
             const std::vector<ZPKCalendarItems::Alarm>& alarms = {}) {
     home.home.alerts.clear();
     home.run([&](ZPKCalendarItems& writer) {
-      writer.setThisCalendarWithUIDForType("Birthdays", "A", "birthCalUID");
+      writer.setThisCalendarWithUIDForType("Birthdays", "A", CalendarType::birthdays);
       for (const auto& alarm : alarms) writer.addAlarm(alarm);
       for (const auto& event : events) writer.addBasicEvent(event);
       writer.removeOtherEvents();
@@ -96,7 +96,7 @@ TEST_F(RefusedEvents, AChangeThatWouldMakeAFileUnreadableIsNotMade) {
 
 TEST_F(RefusedEvents, AnAlarmTooLargeForAnyFileMakesNoDuplicates) {
   auto sound = message(0);
-  sound.addAlarm = "Sound";
+  sound.kind = "Sound";
   sound.sound = std::string(EventFile::kLimit, 's');
   for (int run = 0; run < 3; ++run) {
     pass({eventOn(kDay, "D-1", "Title")}, {sound});

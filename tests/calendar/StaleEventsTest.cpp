@@ -24,7 +24,7 @@ struct StaleEvents : testing::Test {
   /// A run that writes the events and then removes all others.
   void pass(const std::vector<ZPKCalendarItems::BasicEvent>& events) {
     home.run([&](ZPKCalendarItems& writer) {
-      writer.setThisCalendarWithUIDForType("A", "A", "birthCalUID");
+      writer.setThisCalendarWithUIDForType("A", "A", CalendarType::birthdays);
       for (const auto& event : events) writer.addBasicEvent(event);
       writer.removeOtherEvents();
     });
@@ -61,7 +61,7 @@ TEST_F(StaleEvents, ThoseOfDatesThatCouldNotBeReadStayAndTheNextRunLooksAgain) {
   pass({eventOn(kDay, "READ-1", "Kept"), eventOn(kDay, "READ-2", "Stale"),
         eventOn(kDay, "LOCKED-1", "Locked")});
   home.run([](ZPKCalendarItems& writer) {
-    writer.setThisCalendarWithUIDForType("A", "A", "birthCalUID");
+    writer.setThisCalendarWithUIDForType("A", "A", CalendarType::birthdays);
     writer.addBasicEvent(eventOn(kDay, "READ-1", "Kept"));
     writer.confirmEventsOfDatesNotIn({"READ-1", "read-2"});  // As the ledger compares them.
     writer.removeOtherEvents();

@@ -52,7 +52,7 @@ class WriterHome {
   void write(const std::string& calendar, const std::vector<ZPKCalendarItems::BasicEvent>& events,
              const std::vector<ZPKCalendarItems::Alarm>& alarms = {}) {
     run([&](ZPKCalendarItems& writer) {
-      writer.setThisCalendarWithUIDForType(calendar, calendar, "birthCalUID");
+      writer.setThisCalendarWithUIDForType(calendar, calendar, CalendarType::birthdays);
       writer.initAlarmArray();
       for (const auto& alarm : alarms) writer.addAlarm(alarm);
       for (const auto& event : events) writer.addBasicEvent(event);
@@ -136,11 +136,8 @@ inline ZPKCalendarItems::BasicEvent eventOn(Date date, std::string uid, std::str
 }
 
 inline ZPKCalendarItems::Alarm message(std::int32_t seconds) {
-  return {.addAlarm = "Message",
-          .emailAddress = "",
-          .relativeTrigger = seconds,
-          .sound = "",
-          .URL = ""};
+  return {
+      .kind = "Message", .emailAddress = "", .relativeTrigger = seconds, .sound = "", .URL = ""};
 }
 
 }  // namespace annivo

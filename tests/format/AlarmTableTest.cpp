@@ -33,11 +33,12 @@ struct Alarms {
   explicit Alarms(const std::string& zone = "UTC") : home({.timeZone = zone}) {}
 
   [[nodiscard]] std::vector<CalAlarm> of(const PropertyList& prefs,
-                                         const std::string& type = "birth") {
+                                         CalendarType type = CalendarType::birthdays) {
     formatter.setAlarmsWithDataForType(prefs, type);
     return writer.alarmArray();
   }
-  [[nodiscard]] std::vector<double> triggers(const Rows& rows, const std::string& type = "birth") {
+  [[nodiscard]] std::vector<double> triggers(const Rows& rows,
+                                             CalendarType type = CalendarType::birthdays) {
     std::vector<double> result;
     for (const auto& alarm : of(preferences(rows), type)) {
       result.push_back(alarm.relativeTrigger.value_or(-1));
@@ -72,8 +73,8 @@ TEST(AlarmTable, ARowServesTheCalendarsOfItsFlags) {
   Alarms alarms;
   const Rows rows{row("Message", "0", 1, true, false), row("Message", "0", 2, false, true),
                   row("Message", "0", 3, true, true), row("Message", "0", 4, false, false)};
-  EXPECT_EQ(alarms.triggers(rows, "birth"), (Triggers{kHour, 3 * kHour}));
-  EXPECT_EQ(alarms.triggers(rows, "anni"), (Triggers{2 * kHour, 3 * kHour}));
+  EXPECT_EQ(alarms.triggers(rows, CalendarType::birthdays), (Triggers{kHour, 3 * kHour}));
+  EXPECT_EQ(alarms.triggers(rows, CalendarType::anniversaries), (Triggers{2 * kHour, 3 * kHour}));
 }
 
 TEST(AlarmTable, OnlyTheBooleanTrueSelectsARow) {
@@ -94,8 +95,10 @@ TEST(AlarmTable, RowsKeepTheirOrderAndTheirDoubles) {
 
 TEST(AlarmTable, EachCallBeginsWithAnEmptyList) {
   Alarms alarms;
-  EXPECT_EQ(alarms.triggers({row("Message", "0", 1, true, false)}, "birth"), Triggers{kHour});
-  EXPECT_EQ(alarms.triggers({row("Message", "0", 2, false, true)}, "anni"), Triggers{2 * kHour});
+  EXPECT_EQ(alarms.triggers({row("Message", "0", 1, true, false)}, CalendarType::birthdays),
+            Triggers{kHour});
+  EXPECT_EQ(alarms.triggers({row("Message", "0", 2, false, true)}, CalendarType::anniversaries),
+            Triggers{2 * kHour});
   EXPECT_EQ(alarms.of(Dictionary{}), std::vector<CalAlarm>{});
 }
 

@@ -35,7 +35,7 @@ class ManyRecords : public testing::Test {
     const std::size_t before = home.log.lines().size();
     {
       ZPKCalendarItems writer(home.platform());
-      writer.setThisCalendarWithUIDForType("B", calendar, "birthCalUID");
+      writer.setThisCalendarWithUIDForType("B", calendar, CalendarType::birthdays);
       calendar = writer.thisCalendar()->uid();
       ZPKAnvCCalendarItemsFormat formatter(home.platform(), writer, {"First name", "age"});
       hand(formatter);

@@ -183,7 +183,7 @@ TEST(ZPKAnvCCalendarItemsFormat, KeepsNothingBetweenRecords) {
 
 TEST(ZPKAnvCCalendarItemsFormat, WritesItsEventsIntoTheCalendarOnce) {
   Formatting f;
-  f.writer.setThisCalendarWithUIDForType("Birthdays", "no such calendar", "birthCalUID");
+  f.writer.setThisCalendarWithUIDForType("Birthdays", "no such calendar", CalendarType::birthdays);
   const auto record = annSmith(utc(1980, 6, 10, 12));
   const Titles expected{"Ann Smith: 46th birthday", "Ann Smith: 47th birthday",
                         "Ann Smith: 48th birthday"};
@@ -204,7 +204,8 @@ TEST(ZPKAnvCCalendarItemsFormat, NoNameBreaksTheEventFileThatCarriesIt) {
                          std::string(500, 'y')};
   for (const auto& name : names) {
     Formatting f({.now = utc(2026, 11, 15)}, {"First name"});
-    f.writer.setThisCalendarWithUIDForType("Birthdays", "no such calendar", "birthCalUID");
+    f.writer.setThisCalendarWithUIDForType("Birthdays", "no such calendar",
+                                           CalendarType::birthdays);
     auto record = annSmith(utc(1980, 6, 10, 12));
     record.firstName = name;
     f.formatter.setEventsWithOriginal(record);

@@ -6,7 +6,8 @@ import re
 import sys
 
 DEFINITION = re.compile(r"^(?:class|struct|enum class) "
-                        r"((?:NS|AB|Cal|CF|SU|ZPK|Anv|my|core_)[A-Z_a-z]\w+|Gestalt)(?= [{:]| final)", re.M)
+                        r"((?:NS|AB|Cal|CF|SU|ZPK|Anv|my)[A-Z]\w+|core_\w+|Gestalt)(?= [{:]| final)",
+                        re.M)
 ROOMS = ("base", "codecs", "platform", "run", "contacts", "calendar", "format")
 
 

@@ -63,12 +63,12 @@ TEST(TitleChoices, ReadBackAsTheyAreShown) {
 TEST(TitleChoices, ShowAnExampleInThePersonsLanguage) {
   const Words elements{"First name", "Last name", ":", "ordinal age", "type"};
   TestHome english;
-  EXPECT_EQ(exampleTitle(english.platform(), DateKind::birthday, elements),
+  EXPECT_EQ(exampleTitle(english.platform(), CalendarType::birthdays, elements),
             "Ann Smith: 47th birthday");
-  EXPECT_EQ(exampleTitle(english.platform(), DateKind::anniversary, elements),
+  EXPECT_EQ(exampleTitle(english.platform(), CalendarType::anniversaries, elements),
             "Ann Smith: 47th anniversary");
   TestHome german({.languages = {"de"}});
-  EXPECT_EQ(exampleTitle(german.platform(), DateKind::birthday, elements),
+  EXPECT_EQ(exampleTitle(german.platform(), CalendarType::birthdays, elements),
             "Ann Smith: 47. Geburtstag");
 }
 
