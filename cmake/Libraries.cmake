@@ -1,17 +1,22 @@
-# The third-party libraries. Where a static archive exists it is used: a run of the agent lasts a
-# few milliseconds, and each shared library costs a part of one at its start.
+# The third-party libraries, by the names that CMake or pkg-config know them by.
 find_package(PkgConfig REQUIRED)
+find_package(CLI11 REQUIRED)
+find_package(CURL REQUIRED)
+pkg_check_modules(plist REQUIRED IMPORTED_TARGET libplist-2.0)
 
-function(annivo_library target archive header)
-  find_library(${target}_FILE NAMES ${archive} REQUIRED)
-  find_path(${target}_INCLUDE ${header} REQUIRED)
-  add_library(${target} INTERFACE)
-  target_link_libraries(${target} INTERFACE ${${target}_FILE} ${ARGN})
-  target_include_directories(${target} SYSTEM INTERFACE ${${target}_INCLUDE})
-endfunction()
-
-annivo_library(annivo_plist plist-2.0 plist/plist.h)
-annivo_library(annivo_cctz cctz cctz/time_zone.h)
-annivo_library(annivo_sqlite libsqlite3.a sqlite3.h m ${CMAKE_DL_LIBS})
-annivo_library(annivo_pugixml libpugixml.a pugixml.hpp)
-annivo_library(annivo_utf8proc libutf8proc.a utf8proc.h)
+# A run of the agent lasts a few milliseconds, and each shared library costs a part of one at its
+# start: where there is a static archive of what the agent links, it goes before the shared one.
+set(suffixes ${CMAKE_FIND_LIBRARY_SUFFIXES})
+set(CMAKE_FIND_LIBRARY_SUFFIXES .a ${suffixes})
+pkg_check_modules(pugixml REQUIRED IMPORTED_TARGET pugixml)
+pkg_check_modules(utf8proc REQUIRED IMPORTED_TARGET libutf8proc)
+pkg_check_modules(sqlite3 REQUIRED IMPORTED_TARGET sqlite3)
+# What the archive needs where the shared library brings it along.
+target_link_libraries(PkgConfig::sqlite3 INTERFACE m ${CMAKE_DL_LIBS})
+# cctz tells of itself in neither way.
+find_library(CCTZ_LIBRARY NAMES cctz REQUIRED)
+find_path(CCTZ_INCLUDE_DIR NAMES cctz/time_zone.h REQUIRED)
+add_library(cctz INTERFACE)
+target_link_libraries(cctz INTERFACE ${CCTZ_LIBRARY})
+target_include_directories(cctz SYSTEM INTERFACE ${CCTZ_INCLUDE_DIR})
+set(CMAKE_FIND_LIBRARY_SUFFIXES ${suffixes})
