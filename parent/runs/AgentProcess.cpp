@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "parent/runs/AgentProcess.h"
 
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <iostream>
 #include <map>
 
 #include "parent/runs/OverlayFileManager.h"
+#include "platform/appkit/ChildProcess.h"
 #include "run/AnvCalPrefs.h"
 
 namespace annivo {
@@ -50,24 +46,14 @@ EventFiles eventFiles(Platform& platform, const EventFiles* known = nullptr) {
 }
 
 void runAndWait(const std::string& executable) {
-  std::string name = executable;
-  char* arguments[] = {name.data(), nullptr};
-  pid_t process = 0;
   std::cout.flush();
-  if (const int code =
-          posix_spawn(&process, executable.c_str(), nullptr, nullptr, arguments, environ);
-      code != 0) {
-    throw Refusal{errorFromErrno(code, "start", executable).description};
-  }
-  int status = 0;
-  while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
-  }
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-    throw Refusal{"the agent did not end well (" +
-                  (WIFEXITED(status) ? "exit status " + std::to_string(WEXITSTATUS(status))
-                                     : "signal " + std::to_string(WTERMSIG(status))) +
-                  "); its messages say why, and \"annivo run\" tries again"};
-  }
+  const auto ended = runProcessInForeground(executable, {});
+  if (!ended) throw Refusal{ended.error().description};
+  if (ended->status == 0) return;
+  throw Refusal{"the agent did not end well (" +
+                (ended->signal == 0 ? "exit status " + std::to_string(ended->status)
+                                    : "signal " + std::to_string(ended->signal)) +
+                "); its messages say why, and \"annivo run\" tries again"};
 }
 
 /// When a new version was last looked for, as the file has it now.

@@ -15,6 +15,7 @@
 
 #include "base/Reason.h"
 #include "codecs/vcard/VCardText.h"
+#include "platform/foundation/Descriptor.h"
 
 namespace annivo {
 
@@ -107,15 +108,13 @@ Result<std::vector<VCardFile>> findVCardFiles(const std::vector<std::string>& pa
 
 Result<void> readVCardFile(const std::string& path, const std::function<void(VCardText)>& deliver,
                            const std::function<void(std::size_t)>& progress) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return errorFromErrno(errno, "read", path);
-  const std::unique_ptr<const int, void (*)(const int*)> closing(
-      &descriptor, [](const int* file) { close(*file); });
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!file.valid()) return errorFromErrno(errno, "read", path);
   VCardSplitter splitter(deliver);
   std::optional<UTF16Stream> utf16;
   static thread_local std::array<char, kPiece> buffer;
   for (bool first = true;; first = false) {
-    const ssize_t count = read(descriptor, buffer.data(), buffer.size());
+    const ssize_t count = read(file.number(), buffer.data(), buffer.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return errorFromErrno(errno, "read", path);
     if (count == 0) break;

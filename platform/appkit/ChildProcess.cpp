@@ -12,31 +12,13 @@
 #include <sstream>
 #include <utility>
 
+#include "platform/foundation/Descriptor.h"
+
 namespace annivo {
 
 namespace {
 
 constexpr std::size_t kCaptured = std::size_t{64} * 1024;
-
-/// An open descriptor, closed when it goes.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() { close(); }
-  void set(int number) {
-    close();
-    number_ = number;
-  }
-  void close() {
-    if (number_ >= 0) ::close(std::exchange(number_, -1));
-  }
-  [[nodiscard]] int get() const { return number_; }
-
- private:
-  int number_;
-};
 
 /// Texts as the null-terminated array that exec takes; they live as long as this object.
 class TextArray {
@@ -85,13 +67,22 @@ void closeRange(unsigned first, unsigned last) {
   }
 }
 
+/// What a program gets as its standard files; -1 is /dev/null.
+struct StandardFiles {
+  int input = -1;
+  int output = -1;
+  int errors = -1;
+};
+
 /// Becomes the program, or writes errno to `failure` (close-on-exec, above 2) and ends.
-[[noreturn]] void becomeProgram(char* const* arguments, char* const* environment, int output,
-                                int errors, int failure) {
+[[noreturn]] void becomeProgram(char* const* arguments, char* const* environment,
+                                StandardFiles files, int failure) {
   const int nowhere = ::open("/dev/null", O_RDWR);
-  const bool redirected = nowhere >= 0 && ::dup2(nowhere, 0) >= 0 &&
-                          ::dup2(output >= 0 ? output : nowhere, 1) >= 0 &&
-                          ::dup2(errors >= 0 ? errors : nowhere, 2) >= 0;
+  const auto redirect = [&](int file, int to) {
+    return file == to || ::dup2(file >= 0 ? file : nowhere, to) >= 0;
+  };
+  const bool redirected = nowhere >= 0 && redirect(files.input, 0) && redirect(files.output, 1) &&
+                          redirect(files.errors, 2);
   if (redirected) {
     closeRange(3, static_cast<unsigned>(failure) - 1);
     closeRange(static_cast<unsigned>(failure) + 1, UINT_MAX);
@@ -111,11 +102,11 @@ void closeRange(unsigned first, unsigned last) {
 bool makeFailurePipe(Descriptor& reading, Descriptor& writing) {
   int ends[2];
   if (::pipe2(ends, O_CLOEXEC) != 0) return false;
-  reading.set(::fcntl(ends[0], F_DUPFD_CLOEXEC, 3));
-  writing.set(::fcntl(ends[1], F_DUPFD_CLOEXEC, 3));
-  ::close(ends[0]);
-  ::close(ends[1]);
-  return reading.get() >= 0 && writing.get() >= 0;
+  const Descriptor first(ends[0]);
+  const Descriptor second(ends[1]);
+  reading = Descriptor(::fcntl(first.number(), F_DUPFD_CLOEXEC, 3));
+  writing = Descriptor(::fcntl(second.number(), F_DUPFD_CLOEXEC, 3));
+  return reading.valid() && writing.valid();
 }
 
 /// The child's errno; 0 when it became the program.
@@ -123,30 +114,52 @@ int reportedFailure(const Descriptor& reading) {
   int code = 0;
   ssize_t size = 0;
   do {
-    size = ::read(reading.get(), &code, sizeof code);
+    size = ::read(reading.number(), &code, sizeof code);
   } while (size < 0 && errno == EINTR);
   return size == sizeof code ? code : 0;
 }
 
-int waitForEnd(pid_t child) {
+EndedProcess waitForEnd(pid_t child) {
   int status = 0;
   while (::waitpid(child, &status, 0) < 0) {
-    if (errno != EINTR) return -1;
+    if (errno != EINTR) return {};
   }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  EndedProcess ended;
+  if (WIFEXITED(status)) ended.status = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) ended.signal = WTERMSIG(status);
+  return ended;
+}
+
+/// Runs a program with those standard files and waits for its end.
+Result<EndedProcess> runWithFiles(const std::string& executable,
+                                  const std::vector<std::string>& arguments,
+                                  std::vector<std::string> variables, StandardFiles files) {
+  Descriptor reading;
+  Descriptor writing;
+  TextArray texts(argumentsOf(executable, arguments));
+  TextArray environment(std::move(variables));
+  if (!makeFailurePipe(reading, writing)) return errorFromErrno(errno, "start", executable);
+  const pid_t child = ::fork();
+  if (child < 0) return errorFromErrno(errno, "start", executable);
+  if (child == 0) becomeProgram(texts.get(), environment.get(), files, writing.number());
+  writing = Descriptor();
+  const int failure = reportedFailure(reading);
+  EndedProcess ended = waitForEnd(child);
+  if (failure != 0) return errorFromErrno(failure, "start", executable);
+  return ended;
 }
 
 /// A nameless file in memory. A pipe would not do: a helper that the program leaves behind may
 /// hold its end open for good.
 bool makeCapture(Descriptor& capture) {
   const Descriptor made(::memfd_create("output", MFD_CLOEXEC));
-  capture.set(::fcntl(made.get(), F_DUPFD_CLOEXEC, 3));
-  return capture.get() >= 0;
+  capture = Descriptor(::fcntl(made.number(), F_DUPFD_CLOEXEC, 3));
+  return capture.valid();
 }
 
 std::string captured(const Descriptor& capture) {
   std::string text(kCaptured, '\0');
-  const ssize_t size = ::pread(capture.get(), text.data(), text.size(), 0);
+  const ssize_t size = ::pread(capture.number(), text.data(), text.size(), 0);
   text.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
   return text;
 }
@@ -155,27 +168,29 @@ std::string captured(const Descriptor& capture) {
 
 Result<EndedProcess> runProcess(const std::string& executable,
                                 const std::vector<std::string>& arguments) {
-  Descriptor output, errors, reading, writing;
-  TextArray texts(argumentsOf(executable, arguments));
-  TextArray environment(environmentInPlainLocale());
-  if (!makeCapture(output) || !makeCapture(errors) || !makeFailurePipe(reading, writing)) {
+  Descriptor output;
+  Descriptor errors;
+  if (!makeCapture(output) || !makeCapture(errors)) {
     return errorFromErrno(errno, "start", executable);
   }
-  const pid_t child = ::fork();
-  if (child < 0) return errorFromErrno(errno, "start", executable);
-  if (child == 0) {
-    becomeProgram(texts.get(), environment.get(), output.get(), errors.get(), writing.get());
-  }
-  writing.close();
-  const int failure = reportedFailure(reading);
-  const int status = waitForEnd(child);
-  if (failure != 0) return errorFromErrno(failure, "start", executable);
-  return EndedProcess{.status = status, .output = captured(output), .errors = captured(errors)};
+  auto ended = runWithFiles(executable, arguments, environmentInPlainLocale(),
+                            {.output = output.number(), .errors = errors.number()});
+  if (!ended) return ended;
+  ended->output = captured(output);
+  ended->errors = captured(errors);
+  return ended;
+}
+
+Result<EndedProcess> runProcessInForeground(const std::string& executable,
+                                            const std::vector<std::string>& arguments) {
+  return runWithFiles(executable, arguments, wholeEnvironment(),
+                      {.input = 0, .output = 1, .errors = 2});
 }
 
 Result<void> startDetachedProcess(const std::string& executable,
                                   const std::vector<std::string>& arguments) {
-  Descriptor reading, writing;
+  Descriptor reading;
+  Descriptor writing;
   TextArray texts(argumentsOf(executable, arguments));
   TextArray environment(wholeEnvironment());
   if (!makeFailurePipe(reading, writing)) return errorFromErrno(errno, "start", executable);
@@ -186,14 +201,14 @@ Result<void> startDetachedProcess(const std::string& executable,
     const pid_t grandchild = ::fork();
     if (grandchild > 0) ::_exit(0);
     if (grandchild == 0 && ::setsid() >= 0 && ::chdir("/") == 0) {
-      becomeProgram(texts.get(), environment.get(), -1, -1, writing.get());
+      becomeProgram(texts.get(), environment.get(), {}, writing.number());
     }
     const int code = errno;
-    [[maybe_unused]] const ssize_t written = ::write(writing.get(), &code, sizeof code);
+    [[maybe_unused]] const ssize_t written = ::write(writing.number(), &code, sizeof code);
     ::_exit(127);
   }
-  writing.close();
-  waitForEnd(child);
+  writing = Descriptor();
+  (void)waitForEnd(child);
   const int failure = reportedFailure(reading);
   if (failure != 0) return errorFromErrno(failure, "start", executable);
   return {};

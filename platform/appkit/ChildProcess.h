@@ -14,6 +14,7 @@ struct EndedProcess {
   int status = -1;     ///< exit status; -1 when a signal ended it
   std::string output;  ///< its standard output, at most 64 KiB
   std::string errors;  ///< its standard error, at most 64 KiB
+  int signal = 0;      ///< the signal that ended it, else 0
 };
 
 /// Runs a program and waits for its end. It gets no standard input, none of this process's open
@@ -21,6 +22,12 @@ struct EndedProcess {
 /// can be told apart. The error says why it could not be started.
 Result<EndedProcess> runProcess(const std::string& executable,
                                 const std::vector<std::string>& arguments);
+
+/// Runs a program in the place of this process and waits for its end: it gets this process's
+/// standard files, and with them its terminal, its working folder and its environment, but none of
+/// its other open files. Nothing of its output is kept. The error says why it could not be started.
+Result<EndedProcess> runProcessInForeground(const std::string& executable,
+                                            const std::vector<std::string>& arguments);
 
 /// Starts a program that outlives this process: a session of its own, the root folder as working
 /// folder, /dev/null as its standard files, and no other open file. Returns when the program runs;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/foundation/Descriptor.h"
 #include "platform/foundation/NSFileManager.h"
 
 namespace annivo {
@@ -18,24 +19,6 @@ namespace {
 
 constexpr mode_t kFileMode = 0600;
 constexpr mode_t kFolderMode = 0700;
-
-/// An open file descriptor; closed on destruction.
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-  Descriptor& operator=(Descriptor&&) = delete;
-  ~Descriptor() {
-    if (number_ >= 0) ::close(number_);
-  }
-  [[nodiscard]] bool valid() const { return number_ >= 0; }
-  [[nodiscard]] int number() const { return number_; }
-  /// Closes now; errno tells why when that fails (a write that the system had put off).
-  [[nodiscard]] bool close() { return ::close(std::exchange(number_, -1)) == 0; }
-
- private:
-  int number_;
-};
 
 FileType fileType(mode_t mode) {
   if (S_ISREG(mode)) return FileType::regular;

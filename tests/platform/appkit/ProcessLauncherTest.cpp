@@ -10,7 +10,6 @@
 #include <sstream>
 #include <thread>
 
-#include "platform/appkit/ChildProcess.h"
 #include "platform/appkit/NSWorkspace.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -128,22 +127,6 @@ TEST_F(ProcessLauncherTest, ReportsAFileThatIsNoProgram) {
   ::chmod(folder_.path("text").c_str(), 0755);
   EXPECT_FALSE(ProcessLauncher().launch(folder_.path("text"), {})) << "no program";
   EXPECT_FALSE(ProcessLauncher().launch(folder_.path(), {})) << "a folder";
-}
-
-TEST_F(ProcessLauncherTest, ReportsHowAnAwaitedProgramEnded) {
-  const auto ended = runProcess("/bin/sh", {"-c", "echo out; echo err >&2; cat; exit 7"});
-  ASSERT_TRUE(ended);
-  EXPECT_EQ(ended->status, 7);
-  EXPECT_EQ(ended->output, "out\n");
-  EXPECT_EQ(ended->errors, "err\n");
-  EXPECT_EQ(runProcess("/bin/sh", {"-c", "kill -9 $$"})->status, -1);
-  EXPECT_FALSE(runProcess(folder_.path("missing"), {}));
-}
-
-TEST_F(ProcessLauncherTest, KeepsTheBeginningOfALongOutput) {
-  const auto ended = runProcess("/bin/sh", {"-c", "head -c 1000000 /dev/zero"});
-  ASSERT_TRUE(ended);
-  EXPECT_EQ(ended->output.size(), 65536u);
 }
 
 }  // namespace
