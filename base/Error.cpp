@@ -38,7 +38,8 @@ Error errorFromErrno(int code, const std::string& operation, const std::string& 
           .domain = "NSPOSIXErrorDomain",
           .code = code,
           .description = "Cannot " + operation + " " + path + ".",
-          .failureReason = std::string(std::strerror(code)) + "."};
+          .failureReason = std::string(std::strerror(code)) + ".",
+          .operation = operation};
 }
 
 }  // namespace annivo

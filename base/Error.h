@@ -19,10 +19,11 @@ struct Error {
     failed,      ///< anything else, e.g. a write to a full disk
   };
   Kind kind = Kind::failed;
-  std::string domain;         ///< e.g. "NSPOSIXErrorDomain", "NSCocoaErrorDomain"
-  int code = 0;               ///< errno for "NSPOSIXErrorDomain"
-  std::string description;    ///< one sentence that names the file or object concerned
-  std::string failureReason;  ///< may be empty
+  std::string domain{};         ///< e.g. "NSPOSIXErrorDomain", "NSCocoaErrorDomain"
+  int code = 0;                 ///< errno for "NSPOSIXErrorDomain"
+  std::string description{};    ///< one sentence that names the file or object concerned
+  std::string failureReason{};  ///< may be empty
+  std::string operation{};      ///< what failed, for "NSPOSIXErrorDomain": "read", "write"
 
   /// Domain, code, description and reason in one line, as "%@" gives it.
   [[nodiscard]] std::string text() const;

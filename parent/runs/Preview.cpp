@@ -129,8 +129,8 @@ bool isOn(Platform& platform) {
 /// The agent's controller, which at the end of its run is asked about the dates that it read.
 class PreviewedController final : public NSApplicationDelegate {
  public:
-  PreviewedController(Platform& platform, Preview& preview)
-      : platform_(platform), preview_(preview), controller_(platform) {}
+  PreviewedController(Platform& platform, Preview& preview, bool& cameToItsEnd)
+      : platform_(platform), preview_(preview), end_(cameToItsEnd), controller_(platform) {}
 
   void awakeFromNib(NSWindow window) override { controller_.awakeFromNib(window); }
   void applicationDidFinishLaunching() override { controller_.applicationDidFinishLaunching(); }
@@ -139,12 +139,14 @@ class PreviewedController final : public NSApplicationDelegate {
     if (ZPKAddressBookDates* dates = controller_.dates(); dates && !preview_.switchedOff) {
       preview_.leftOut = datesLeftOut(platform_, *dates);
     }
+    end_ = true;
     return controller_.applicationShouldTerminate();
   }
 
  private:
   Platform& platform_;
   Preview& preview_;
+  bool& end_;
   myController controller_;
 };
 
@@ -169,9 +171,13 @@ Preview previewRun(Session& session) {
   setLaunch(platform);
   platform.appPreferences().setAppValue(keys::kSUEnableAutomaticChecks, false, kParentDomain);
   DelegateClass agent = myController::delegateClass(platform);
-  agent.make = [&] { return std::make_unique<PreviewedController>(platform, preview); };
+  bool cameToItsEnd = false;
+  agent.make = [&] {
+    return std::make_unique<PreviewedController>(platform, preview, cameToItsEnd);
+  };
   const int status = platform.application().main(platform.mainBundle(), agent);
-  if (status != 0) {
+  // One that presented a failure is shown with it.
+  if (status != 0 && !cameToItsEnd) {
     throw Refusal{"the agent cannot run" +
                   (lines.empty() ? std::string() : ": " + printable(lines.back()))};
   }

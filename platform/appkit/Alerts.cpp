@@ -13,6 +13,12 @@ NSAlert alertWithError(const Error& error) {
           .informativeText = error.failureReason};
 }
 
+std::string causeOf(const Error& error) {
+  std::string cause = error.domain + ' ' + std::to_string(error.code) + ' ' + error.operation;
+  if (error.code != 0) return cause;
+  return cause + ' ' + (error.failureReason.empty() ? error.description : error.failureReason);
+}
+
 std::vector<AlertButton> buttonsOf(const NSAlert& alert) {
   std::vector<AlertButton> buttons{
       {alert.defaultButton.empty() ? "OK" : alert.defaultButton, AlertAnswer::defaultButton}};
@@ -23,10 +29,10 @@ std::vector<AlertButton> buttonsOf(const NSAlert& alert) {
   return buttons;
 }
 
-std::string textOf(const NSAlert& alert) {
+std::string textOf(const NSAlert& alert, std::string_view between) {
   if (alert.messageText.empty()) return alert.informativeText;
   if (alert.informativeText.empty()) return alert.messageText;
-  return alert.messageText + "\n\n" + alert.informativeText;
+  return alert.messageText + std::string(between) + alert.informativeText;
 }
 
 std::string displayableText(const std::string& text) {

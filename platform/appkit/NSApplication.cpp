@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/appkit/NSApplication.h"
 
+#include <algorithm>
 #include <exception>
 
 namespace annivo {
@@ -77,7 +78,9 @@ int NSApplication::main(const NSBundle& bundle, const DelegateClass& delegateCla
     log_.write("Terminating due to uncaught exception of unknown type");
   }
   delegate_ = nullptr;
-  return status;
+  delegate.reset();  // It saves what is left, which may fail.
+  tellHowMany();
+  return presentedFailure() ? 1 : status;
 }
 
 void NSApplication::terminate() {
@@ -91,11 +94,27 @@ bool NSApplication::presentError(const Error& error) {
 }
 
 void NSApplication::runAlertWithError(const Error& error) {
-  if (shown_.insert(error.text()).second) {
-    alerts_.runModal(alertWithError(error));
-  } else {
-    log_.write(error.text());
+  const std::string cause = causeOf(error);
+  const auto known = std::find_if(failures_.begin(), failures_.end(),
+                                  [&](const Failure& failure) { return failure.cause == cause; });
+  if (known != failures_.end()) {
+    known->texts.insert(error.text());
+    return log_.write(error.text());
   }
+  failures_.push_back({.cause = cause, .first = error, .texts = {error.text()}});
+  alerts_.runModal(alertWithError(error));
+}
+
+void NSApplication::tellHowMany() {
+  std::string lines;
+  for (const Failure& failure : failures_) {
+    if (failure.texts.size() == 1) continue;
+    lines += std::to_string(failure.texts.size()) +
+             " like this one: " + textOf(alertWithError(failure.first), " ") + "\n";
+  }
+  if (lines.empty()) return;
+  alerts_.runModal({.messageText = "There were more failures than were shown.",
+                    .informativeText = lines + "The log names each of them."});
 }
 
 }  // namespace annivo

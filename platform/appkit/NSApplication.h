@@ -5,6 +5,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "platform/appkit/Alerts.h"
 #include "platform/foundation/NSBundle.h"
@@ -45,28 +46,39 @@ class NSApplication {
   /// Loads the bundle's main interface file (Info.plist NSMainNibFile, a property list
   /// "<name>.nib" in Resources with "NSDelegateClass" and "NSWindow" {"x", "y", "width",
   /// "height"}), runs the class initialiser, makes the delegate, wakes it and tells it that
-  /// launching is done. Returns the exit status: 0 after terminate, or when launching returns
-  /// (there is nothing to wait for then); 1, with a log line, when there is no usable interface
-  /// file or an exception other than termination came out. The delegate and all that it owns are
-  /// released before this returns.
+  /// launching is done. After terminate, or when launching returns (there is nothing to wait for
+  /// then), the delegate and all that it owns are released, and the person is told how many
+  /// different failures there were of each cause that had more than one. Returns the exit status: 0
+  /// when no failure was presented, else 1; 1, with a log line, also when there is no usable
+  /// interface file or an exception other than termination came out.
   int main(const NSBundle& bundle, const DelegateClass& delegateClass);
 
   /// Asks the delegate; unless it cancels, unwinds the stack to main and does not return.
   void terminate();
 
-  /// Shows an error modally; true when it was dealt with (never: there is one button). An error
-  /// equal to one shown before in this process is only logged, so that the person sees it once.
+  /// Shows an error modally; true when it was dealt with (never: there is one button). Of the
+  /// errors of one cause (causeOf) the first is shown, the others are logged.
   bool presentError(const Error& error);
   /// Shows an error of its own moment modally, with the same memory as presentError.
   void runAlertWithError(const Error& error);
+  /// Whether an error was presented, shown or logged.
+  [[nodiscard]] bool presentedFailure() const { return !failures_.empty(); }
   /// A modal panel (NSRunAlertPanel); an empty title has none.
   AlertAnswer runAlertPanel(const NSAlert& alert) { return alerts_.runModal(alert); }
 
  private:
+  /// The errors of one cause.
+  struct Failure {
+    std::string cause;
+    Error first;
+    std::set<std::string> texts;  ///< of the different ones
+  };
+  void tellHowMany();
+
   Alerts& alerts_;
   Log& log_;
   NSApplicationDelegate* delegate_ = nullptr;
-  std::set<std::string> shown_;
+  std::vector<Failure> failures_;  ///< by cause, in the order in which they were met
 };
 
 /// Thrown by NSApplication::terminate, caught by NSApplication::main only.

@@ -161,7 +161,7 @@ TEST_P(WithABadSource, ARunSaysSoOnceAndWritesTheDatesOfTheOtherStores) {
   GetParam().spoil(home, AgentHome::storeOf("A"));
   const auto stores = home.folder.fingerprint(kFolder);
   const AgentRun run = home.run();
-  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.status, 1) << run.errors;
   EXPECT_EQ(people(home, kBirthdays), Texts{"Ann"});
   EXPECT_EQ(people(home, kAnniversaries), Texts{"Bob"});
   EXPECT_EQ(presented(run, home.folder.path(AgentHome::storeOf("A"))), 1) << run.errors;
@@ -195,7 +195,7 @@ TEST_F(WithABadSource, LockedForLongTheRunGoesOnWithoutIt) {
   writer.run("BEGIN EXCLUSIVE");
   const auto stores = home.folder.fingerprint(kFolder);
   const AgentRun run = home.run();
-  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.status, 1) << run.errors;
   EXPECT_EQ(people(home, kBirthdays), Texts{"Ann"});
   EXPECT_EQ(presented(run, home.folder.path(AgentHome::storeOf("A"))), 1) << run.errors;
   EXPECT_TRUE(run.mentions("another program has it locked")) << run.errors;

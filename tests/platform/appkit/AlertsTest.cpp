@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "platform/appkit/Alerts.h"
 
 namespace annivo {
@@ -42,6 +44,39 @@ TEST(Alerts, ShowAnErrorWithoutADescriptionByItsCode) {
   error.code = 28;
   EXPECT_EQ(alertWithError(error).messageText, error.text());
   EXPECT_FALSE(error.text().empty());
+}
+
+TEST(Alerts, KnowWhichErrorsHaveOneCause) {
+  const Error full = errorFromErrno(ENOSPC, "write", "/a");
+  const Error uncoded{.domain = "D", .description = "/a is bad.", .failureReason = "It is long."};
+  const struct {
+    const char* name;
+    Error one;
+    Error other;
+    bool same;
+  } rows[] = {{"another file", full, errorFromErrno(ENOSPC, "write", "/b"), true},
+              {"another code", full, errorFromErrno(EACCES, "write", "/a"), false},
+              {"another operation", full, errorFromErrno(ENOSPC, "synchronize", "/a"), false},
+              {"another domain", {.domain = "D", .code = 1}, {.domain = "E", .code = 1}, false},
+              {"a code, another text",
+               {.domain = "D", .code = 1, .description = "One."},
+               {.domain = "D", .code = 1, .description = "Two."},
+               true},
+              {"no code, the same reason",
+               uncoded,
+               {.domain = "D", .description = "/b is bad.", .failureReason = "It is long."},
+               true},
+              {"no code, another reason",
+               uncoded,
+               {.domain = "D", .description = "/a is bad.", .failureReason = "It is short."},
+               false},
+              {"neither code nor reason",
+               {.domain = "D", .description = "/a is bad."},
+               {.domain = "D", .description = "/b is bad."},
+               false}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(causeOf(row.one) == causeOf(row.other), row.same) << row.name;
+  }
 }
 
 TEST(Alerts, TurnControlCharactersIntoSpaces) {

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <stdexcept>
 
+#include "base/Reason.h"
 #include "platform/appkit/NSApplication.h"
 #include "tests/support/Doubles.h"
 #include "tests/support/TemporaryFolder.h"
@@ -13,11 +15,15 @@ namespace {
 /// Writes down what happens to it and does, when launched, what the test wants.
 class RecordingDelegate final : public NSApplicationDelegate {
  public:
-  RecordingDelegate(std::string& events, std::function<void()> work, TerminateReply reply)
-      : events_(events), work_(std::move(work)), reply_(reply) {
+  RecordingDelegate(std::string& events, std::function<void()> work, std::function<void()> atEnd,
+                    TerminateReply reply)
+      : events_(events), work_(std::move(work)), atEnd_(std::move(atEnd)), reply_(reply) {
     events_ += "make ";
   }
-  ~RecordingDelegate() override { events_ += "release "; }
+  ~RecordingDelegate() override {
+    events_ += "release ";
+    atEnd_();
+  }
   RecordingDelegate(const RecordingDelegate&) = delete;
   RecordingDelegate& operator=(const RecordingDelegate&) = delete;
   void awakeFromNib(NSWindow window) override {
@@ -39,6 +45,7 @@ class RecordingDelegate final : public NSApplicationDelegate {
  private:
   std::string& events_;
   std::function<void()> work_;
+  std::function<void()> atEnd_;
   TerminateReply reply_;
 };
 
@@ -57,15 +64,18 @@ class NSApplicationTest : public testing::Test {
     write("Contents/Resources/Main.nib", values);
   }
   int main() {
-    return application_.main(
-        NSBundle(files_, folder_.path("A.app")),
-        {.name = "Controller",
-         .initialize =
-             [this] {
-               events_ += "initialize ";
-               if (initialize_) initialize_();
-             },
-         .make = [this] { return std::make_unique<RecordingDelegate>(events_, work_, reply_); }});
+    return application_.main(NSBundle(files_, folder_.path("A.app")),
+                             {.name = "Controller",
+                              .initialize =
+                                  [this] {
+                                    events_ += "initialize ";
+                                    if (initialize_) initialize_();
+                                  },
+                              .make =
+                                  [this] {
+                                    return std::make_unique<RecordingDelegate>(events_, work_,
+                                                                               atEnd_, reply_);
+                                  }});
   }
 
   ScriptedAlerts alerts_;
@@ -74,6 +84,7 @@ class NSApplicationTest : public testing::Test {
   std::string events_;
   std::function<void()> initialize_;
   std::function<void()> work_ = [] {};
+  std::function<void()> atEnd_ = [] {};
   TerminateReply reply_ = TerminateReply::now;
   TemporaryFolder folder_;
   PosixFileManager files_;
@@ -169,21 +180,62 @@ TEST_F(NSApplicationTest, FailsWithALogLineWithoutAUsableInterfaceFile) {
   }
 }
 
-TEST_F(NSApplicationTest, PresentsEqualErrorsOnce) {
-  Error first;
-  first.domain = "D";
-  first.code = 1;
-  first.description = "One.";
-  Error second = first;
-  second.code = 2;
+TEST_F(NSApplicationTest, OfOneCauseShowsTheFirstErrorAndLogsTheOthers) {
+  const Error first = errorFromErrno(ENOSPC, "write", "/home/a.ics");
+  const Error second = errorFromErrno(ENOSPC, "write", "/home/b.ics");
   EXPECT_FALSE(application_.presentError(first));
-  EXPECT_FALSE(application_.presentError(first));
+  EXPECT_FALSE(application_.presentError(second));
   application_.runAlertWithError(first);
   ASSERT_EQ(alerts_.shown().size(), 1u);
-  EXPECT_EQ(alerts_.shown()[0].messageText, "One.");
-  EXPECT_EQ(log_.lines(), (std::vector<std::string>{first.text(), first.text()}));
-  application_.runAlertWithError(second);
-  EXPECT_EQ(alerts_.shown().size(), 2u) << "another code is another error";
+  EXPECT_EQ(alerts_.shown()[0].messageText, "Cannot write /home/a.ics.");
+  EXPECT_EQ(log_.lines(), (std::vector<std::string>{second.text(), first.text()}));
+  application_.runAlertWithError(errorFromErrno(ENOSPC, "synchronize", "/home/a.ics"));
+  EXPECT_EQ(alerts_.shown().size(), 2u) << "another operation has a cause of its own";
+}
+
+TEST_F(NSApplicationTest, TellsAtTheEndHowManyFailuresOfACauseThereWere) {
+  work_ = [this] {
+    application_.presentError(errorFromErrno(EIO, "read", "/home/x"));
+    application_.presentError(errorFromErrno(EIO, "read", "/home/x"));  // No other failure.
+    for (const char* path : {"/home/a", "/home/b", "/home/c"}) {
+      application_.presentError(errorFromErrno(ENOSPC, "write", path));
+    }
+    application_.terminate();
+  };
+  EXPECT_EQ(main(), 1);
+  ASSERT_EQ(alerts_.shown().size(), 3u);
+  EXPECT_EQ(textOf(alerts_.shown()[2]),
+            "There were more failures than were shown.\n\n"
+            "3 like this one: Cannot write /home/a. No space left on device.\n"
+            "The log names each of them.");
+}
+
+TEST_F(NSApplicationTest, EndsWithStatus1WhereAFailureWasPresented) {
+  EXPECT_EQ(main(), 0);
+  EXPECT_FALSE(application_.presentedFailure());
+  work_ = [this] {
+    application_.presentError(reason("It failed."));
+    application_.terminate();
+  };
+  EXPECT_EQ(main(), 1);
+  EXPECT_TRUE(application_.presentedFailure());
+}
+
+TEST_F(NSApplicationTest, EndsWithStatus1AfterAnAlertToo) {
+  work_ = [this] { application_.runAlertWithError(reason("It failed.")); };
+  EXPECT_EQ(main(), 1);
+}
+
+TEST_F(NSApplicationTest, EndsWithStatus1WhereTheDelegateFailsWhileItGoes) {
+  atEnd_ = [this] { application_.presentError(reason("It could not be saved.")); };
+  EXPECT_EQ(main(), 1);
+  EXPECT_EQ(alerts_.shown().size(), 1u);
+}
+
+TEST_F(NSApplicationTest, APanelIsNoFailure) {
+  work_ = [this] { application_.runAlertPanel({.messageText = "Really?"}); };
+  EXPECT_EQ(main(), 0);
+  EXPECT_EQ(alerts_.shown().size(), 1u);
 }
 
 TEST_F(NSApplicationTest, ShowsPanelsEachTime) {
