@@ -45,6 +45,10 @@ class OverlayFileManager::Folder final : public ReadableFolder {
     if (auto own = files_.ownContents(path_ + "/" + name, limit)) return *std::move(own);
     return base_->contentsOfFileItself(name, limit, std::move(memory));
   }
+  std::optional<Date> modificationDate() const override {
+    const auto attributes = files_.attributesAtPath(path_, Links::follow);
+    return attributes ? std::optional(attributes->modificationDate) : std::nullopt;
+  }
 
  private:
   const OverlayFileManager& files_;

@@ -39,6 +39,9 @@ class OverlayFileManager final : public NSFileManager {
                                            std::size_t limit) const override;
   std::unique_ptr<ReadableFolder> openFolder(const std::string& path) const override;
   Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) const override;
+  Result<std::string> linkTarget(const std::string& path) const override {
+    return base_.linkTarget(path);
+  }
   bool isWritable(const std::string& path) const override;
   Result<void> writeAtomically(const std::string& path, std::string_view bytes) override;
   Result<void> writeDurably(const std::string& path, std::string_view bytes) override;

@@ -21,6 +21,10 @@ class FolderByPath final : public ReadableFolder {
                                            std::string) const override {
     return files_.contentsOfFileItself(path_ + "/" + name, limit);
   }
+  std::optional<Date> modificationDate() const override {
+    const auto attributes = files_.attributesAtPath(path_, Links::follow);
+    return attributes ? std::optional(attributes->modificationDate) : std::nullopt;
+  }
 
  private:
   const NSFileManager& files_;

@@ -49,6 +49,8 @@ class ReadableFolder {
   [[nodiscard]] virtual Result<std::string> contentsOfFileItself(const std::string& name,
                                                                  std::size_t limit,
                                                                  std::string memory) const = 0;
+  /// When an entry of it was last made, renamed or removed; nothing while there is no such folder.
+  [[nodiscard]] virtual std::optional<Date> modificationDate() const = 0;
 };
 
 /// A held lock; released on destruction (and by the system when the process ends).
@@ -79,6 +81,11 @@ class NSFileManager {
   /// Entries of a folder without "." and "..", sorted by name bytes.
   [[nodiscard]] virtual Result<std::vector<DirectoryEntry>> contentsOfDirectory(
       const std::string& path) const = 0;
+  /// The full path of the file that a link stands for, whether it is there or not; `path` itself
+  /// where there is no link. A link that somebody else made is unreadable.
+  [[nodiscard]] virtual Result<std::string> linkTarget(const std::string& path) const {
+    return path;
+  }
   /// Whether this process may create and remove entries in a folder or write a file.
   [[nodiscard]] virtual bool isWritable(const std::string& path) const = 0;
 
@@ -89,7 +96,7 @@ class NSFileManager {
   virtual Result<void> writeDurably(const std::string& path, std::string_view bytes) = 0;
   /// Opens for appending, creating the file.
   virtual Result<std::unique_ptr<AppendingFile>> openForAppending(const std::string& path) = 0;
-  /// Creates one folder; ok when a folder is there already. Parents must exist.
+  /// Creates one folder, durably; ok when a folder is there already. Parents must exist.
   virtual Result<void> createDirectory(const std::string& path) = 0;
   /// Removes a file or link, never a folder; absent when nothing is there.
   virtual Result<void> removeFile(const std::string& path) = 0;
@@ -123,6 +130,7 @@ class PosixFileManager final : public NSFileManager {
                                            std::size_t limit) const override;
   std::unique_ptr<ReadableFolder> openFolder(const std::string& path) const override;
   Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) const override;
+  Result<std::string> linkTarget(const std::string& path) const override;
   bool isWritable(const std::string& path) const override;
   Result<void> writeAtomically(const std::string& path, std::string_view bytes) override;
   Result<void> writeDurably(const std::string& path, std::string_view bytes) override;

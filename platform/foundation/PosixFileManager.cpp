@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <utility>
 
@@ -154,6 +156,12 @@ Result<std::string> readFile(const Descriptor& file, std::size_t limit, const au
 
 constexpr int kReading = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
+Date modificationDateOf(const struct stat& status) {
+  const auto modified = std::chrono::seconds{status.st_mtim.tv_sec} +
+                        std::chrono::nanoseconds{status.st_mtim.tv_nsec};
+  return Date{std::chrono::floor<std::chrono::microseconds>(modified)};
+}
+
 class PosixFolder final : public ReadableFolder {
  public:
   PosixFolder(Descriptor folder, std::string path)
@@ -176,6 +184,11 @@ class PosixFolder final : public ReadableFolder {
     return readFile(
         file, limit, [&] { return path_ + "/" + name; }, std::move(memory));
   }
+  std::optional<Date> modificationDate() const override {
+    struct stat status {};
+    if (::fstat(folder_.number(), &status) != 0) return std::nullopt;
+    return modificationDateOf(status);
+  }
 
  private:
   Descriptor folder_;
@@ -190,13 +203,10 @@ Result<FileAttributes> PosixFileManager::attributesAtPath(const std::string& pat
   const int failed =
       links == Links::follow ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
   if (failed) return errorFromErrno(errno, "examine", path);
-  const auto modified = std::chrono::seconds{status.st_mtim.tv_sec} +
-                        std::chrono::nanoseconds{status.st_mtim.tv_nsec};
-  return FileAttributes{
-      .type = fileType(status.st_mode),
-      .size = static_cast<std::uint64_t>(status.st_size),
-      .modificationDate = Date{std::chrono::floor<std::chrono::microseconds>(modified)},
-      .permissions = status.st_mode & mode_t{07777}};
+  return FileAttributes{.type = fileType(status.st_mode),
+                        .size = static_cast<std::uint64_t>(status.st_size),
+                        .modificationDate = modificationDateOf(status),
+                        .permissions = status.st_mode & mode_t{07777}};
 }
 
 Result<std::string> PosixFileManager::contentsAtPath(const std::string& path,
@@ -237,6 +247,26 @@ Result<std::vector<DirectoryEntry>> PosixFileManager::contentsOfDirectory(
   return entries;
 }
 
+Result<std::string> PosixFileManager::linkTarget(const std::string& path) const {
+  constexpr int kMostLinks = 40;
+  std::string target = path;
+  for (int links = 0; links < kMostLinks; ++links) {
+    struct stat status {};
+    if (::lstat(target.c_str(), &status) != 0) {
+      if (errno == ENOENT) return target;
+      return errorFromErrno(errno, "examine", target);
+    }
+    if (!S_ISLNK(status.st_mode)) return target;
+    if (status.st_uid != ::geteuid()) return unreadable(target, "It is somebody else's link.");
+    std::array<char, PATH_MAX> text{};
+    const ssize_t length = ::readlink(target.c_str(), text.data(), text.size());
+    if (length < 0) return errorFromErrno(errno, "read", target);
+    const std::string_view next(text.data(), static_cast<std::size_t>(length));
+    target = next.starts_with('/') ? std::string(next) : folderOf(target).append("/").append(next);
+  }
+  return errorFromErrno(ELOOP, "read", path);
+}
+
 bool PosixFileManager::isWritable(const std::string& path) const {
   if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) return false;
   struct stat status {};
@@ -263,7 +293,10 @@ Result<std::unique_ptr<AppendingFile>> PosixFileManager::openForAppending(const 
 }
 
 Result<void> PosixFileManager::createDirectory(const std::string& path) {
-  if (::mkdir(path.c_str(), kFolderMode) == 0) return {};
+  if (::mkdir(path.c_str(), kFolderMode) == 0) {
+    if (syncFolder(folderOf(path))) return {};
+    return errorFromErrno(errno, "synchronize", path);
+  }
   const int code = errno;
   struct stat status {};
   if (code == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return {};

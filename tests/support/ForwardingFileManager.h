@@ -23,6 +23,9 @@ class ForwardingFileManager : public NSFileManager {
   Result<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) const override {
     return inner_.contentsOfDirectory(path);
   }
+  Result<std::string> linkTarget(const std::string& path) const override {
+    return inner_.linkTarget(path);
+  }
   bool isWritable(const std::string& path) const override { return inner_.isWritable(path); }
   Result<void> writeAtomically(const std::string& path, std::string_view bytes) override {
     return inner_.writeAtomically(path, bytes);

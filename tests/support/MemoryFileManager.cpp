@@ -176,7 +176,7 @@ void MemoryFileManager::apply(const Change& change, Names& names) {
 
 void MemoryFileManager::makeFolderDurable(const std::string& folder) {
   const auto concerns = [&](const std::string& path) {
-    return !path.empty() && (folderOf(path) == folder || path == folder || isBelow(folder, path));
+    return !path.empty() && folderOf(path) == folder;
   };
   for (const Change& pending : pending_) {
     if (concerns(pending.path) || concerns(pending.movedFrom)) apply(pending, durable_);
@@ -272,6 +272,7 @@ Result<void> MemoryFileManager::createDirectory(const std::string& path) {
   if (const int code = objectionTo(path)) return errorFromErrno(code, "create the folder", path);
   ++counts_.folders;
   change({.path = path, .node = newNode(FileType::directory, ""), .movedFrom = {}});
+  makeFolderDurable(folderOf(path));
   return {};
 }
 

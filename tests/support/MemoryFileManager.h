@@ -23,10 +23,10 @@ enum class PowerLoss {
 /// Files in memory, with the difference between what the program sees and what would still be
 /// there after a power loss. There are no links.
 ///
-/// Changes of names (creation, rename, removal) are durable after synchronize, and, as on the
-/// common file systems, after writeDurably in the same folder, which makes the folders above it
-/// durable too. Content is durable after synchronize or writeDurably. A rename is kept or lost as
-/// one; apart from that, changes that are not durable survive a power loss in any combination.
+/// Changes of names (creation, rename, removal) are durable after synchronize and after
+/// writeDurably or createDirectory in the same folder. Content is durable after synchronize or
+/// writeDurably. A rename is kept or lost as one; apart from that, changes that are not durable
+/// survive a power loss in any combination.
 class MemoryFileManager final : public NSFileManager {
  public:
   struct Counts {

@@ -67,7 +67,15 @@ TEST_F(MemoryFileManagerTest, MakesADurableFilesFolderAndItsNeighboursDurable) {
   ASSERT_TRUE(files_.writeDurably("/h/new/mark", "mark"));
   files_.cutPower(PowerLoss::nothingKept);
   EXPECT_EQ(files_.files("/h"), (Files{{"/h/new/early", ""}, {"/h/new/mark", "mark"}}));
-  EXPECT_FALSE(files_.fileExistsAtPath("/h/other"));
+  EXPECT_TRUE(files_.fileExistsAtPath("/h/other")) << "folders are durable when they are made";
+}
+
+TEST_F(MemoryFileManagerTest, ADurableFileInARenamedFolderIsLostWithTheRename) {
+  ASSERT_TRUE(files_.createDirectory("/h/new"));
+  ASSERT_TRUE(files_.rename("/h/new", "/h/renamed"));
+  ASSERT_TRUE(files_.writeDurably("/h/renamed/mark", "mark"));
+  files_.cutPower(PowerLoss::nothingKept);
+  EXPECT_EQ(files_.files("/h"), Files());
 }
 
 TEST_F(MemoryFileManagerTest, KeepsAnyPartByChance) {

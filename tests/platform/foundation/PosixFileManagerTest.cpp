@@ -78,6 +78,18 @@ TEST_F(PosixFileManagerTest, FollowsLinksWhereAskedTo) {
   EXPECT_FALSE(files_.fileExistsAtPath(at("dangling")));
 }
 
+TEST_F(PosixFileManagerTest, SaysWhatALinkStandsFor) {
+  folder_.makeFolder("real");
+  fs::create_symlink("real/file", at("link"));
+  fs::create_symlink(at("link"), at("second"));
+  fs::create_symlink("circle", at("circle"));
+  EXPECT_EQ(*files_.linkTarget(at("link")), at("real/file")) << "though nothing is there";
+  EXPECT_EQ(*files_.linkTarget(at("second")), at("real/file"));
+  EXPECT_EQ(*files_.linkTarget(at("real")), at("real"));
+  EXPECT_EQ(*files_.linkTarget(at("nothing")), at("nothing"));
+  EXPECT_EQ(files_.linkTarget(at("circle")).error().kind, Error::Kind::unreadable);
+}
+
 TEST_F(PosixFileManagerTest, CallsACircleOfLinksUnreadable) {
   fs::create_symlink("b", at("a"));
   fs::create_symlink("a", at("b"));
