@@ -32,6 +32,9 @@ Result<std::optional<XMLPersistentStore::Stamp>> XMLPersistentStore::stampOf(
 }
 
 Result<void> XMLPersistentStore::read() {
+  auto target = files_.linkTarget(path_);
+  if (!target) return target.error();
+  path_ = *std::move(target);
   const auto stamp = stampOf(path_);
   if (!stamp) return stamp.error();
   if (*stamp) {

@@ -1,9 +1,23 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+
 #include "base/UUID.h"
 #include "platform/coredata/ContentHash.h"
 #include "platform/coredata/XMLPersistentStore.h"
 
 namespace annivo {
+
+namespace {
+
+bool haveSameValues(const NSManagedObject& one, const NSManagedObject& other) {
+  if (&one.entity() != &other.entity()) return false;
+  for (std::size_t i = 0; i < one.entity().attributes.size(); ++i) {
+    if (one.attributeAt(i) != other.attributeAt(i)) return false;
+  }
+  return true;
+}
+
+}  // namespace
 
 Result<void> XMLPersistentStore::save() {
   if (!hasChanges()) return {};
@@ -121,7 +135,7 @@ Result<void> XMLPersistentStore::close() {
   if (auto moved = setDamagedAside(); !moved) return moved;
   const auto untouched = isUntouched();
   if (!untouched) return untouched.error();
-  if (!*untouched) return {};  // Whoever continued the journal brings it into the file.
+  if (!*untouched) return isSavedByOthers() ? Result<void>() : changedByOthers();
   if (!changed_.empty()) {
     if (auto folded = fold(); !folded) return folded;
   }
@@ -130,6 +144,23 @@ Result<void> XMLPersistentStore::close() {
   if (!removed && removed.error().kind != Error::Kind::absent) return removed;
   journalSize_.reset();
   return {};
+}
+
+/// Whether what this store saved is there though another program has changed file or journal: one
+/// that opened them since has it from the journal.
+bool XMLPersistentStore::isSavedByOthers() const {
+  XMLPersistentStore found(model_, environment_, givenPath_);
+  if (!found.load() || found.damage_) return false;
+  if (changed_.empty()) return found.base_ == base_;
+  const auto& rows = found.content_.rows;
+  return std::all_of(changed_.begin(), changed_.end(), [&](const XMLStoreRow* row) {
+    const auto same = std::lower_bound(
+        rows.begin(), rows.end(), row->objectID(),
+        [](const XMLStoreRow& other, std::int64_t id) { return other.objectID() < id; });
+    const bool isThere =
+        same != rows.end() && same->objectID() == row->objectID() && !same->removed;
+    return isThere ? !row->removed && haveSameValues(*row, *same) : row->removed;
+  });
 }
 
 Result<void> XMLPersistentStore::fold() {

@@ -19,8 +19,9 @@ XMLPersistentStore::XMLPersistentStore(const NSManagedObjectModel& model,
     : model_(model),
       environment_(std::move(environment)),
       files_(environment_.files),
-      path_(std::move(path)),
-      journalPath_(path_ + ".journal") {}
+      givenPath_(std::move(path)),
+      path_(givenPath_),
+      journalPath_(givenPath_ + ".journal") {}
 
 Result<std::vector<NSManagedObject*>> XMLPersistentStore::execute(const NSFetchRequest& request) {
   if (auto loaded = load(); !loaded) return loaded.error();

@@ -25,7 +25,9 @@ namespace annivo {
 /// 4. close() writes the file with all that was saved, durably, and removes the journal.
 ///
 /// Without close() nothing that was saved is lost: the next load() finds it in the journal. A save
-/// that finds file or journal changed by somebody else fails and changes neither.
+/// that finds file or journal changed by somebody else fails and changes neither; so does a close,
+/// unless what was saved is in them. A file that is a link stays one: what it stands for is read
+/// and replaced, the journal lies beside the link.
 class XMLPersistentStore final : public NSPersistentStore {
  public:
   XMLPersistentStore(const NSManagedObjectModel& model, StoreEnvironment environment,
@@ -68,6 +70,7 @@ class XMLPersistentStore final : public NSPersistentStore {
   Result<void> beginJournal();
   Result<void> appendToJournal();
   Result<void> fold();
+  [[nodiscard]] bool isSavedByOthers() const;
   [[nodiscard]] Result<bool> isUntouched() const;
   [[nodiscard]] Error changedByOthers() const;
   void noteFile(std::string_view bytes);
@@ -75,7 +78,8 @@ class XMLPersistentStore final : public NSPersistentStore {
   const NSManagedObjectModel& model_;
   StoreEnvironment environment_;
   NSFileManager& files_;
-  std::string path_;
+  std::string givenPath_;
+  std::string path_;  ///< of the file, also where the given path is a link's
   std::string journalPath_;
   std::optional<Result<void>> loaded_;
   std::optional<Error> damage_;

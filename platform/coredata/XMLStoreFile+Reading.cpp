@@ -131,11 +131,18 @@ class Reader {
   Result<void> take(const XMLElements::Element& element) {
     if (element.end - element.begin > kXMLObjectLimit) return malformed("An object is too large.");
     if (element.name == "databaseInfo") return readInfo(element);
-    if (element.name != "object") return parsePiece();
+    if (element.name != "object") return checkForeign(element);
     if (++count_ > kXMLObjectCount) return malformed("It holds too many objects.");
     piece_.push_back(element);
     if (element.end - piece_.front().begin < kPieceSize) return {};
     return parsePiece();
+  }
+
+  /// What the store does not know stays in the file as it stands, so it has to be an element.
+  Result<void> checkForeign(const XMLElements::Element& element) {
+    if (auto parsed = parsePiece(); !parsed) return parsed;
+    if (isWellFormedXML(bytes_.substr(element.begin, element.end - element.begin))) return {};
+    return malformed("An element is not well-formed.");
   }
 
   Result<void> readInfo(const XMLElements::Element& element) {
@@ -144,7 +151,8 @@ class Reader {
     content_.infoOffset = element.begin;
     content_.infoText = bytes_.substr(element.begin, element.end - element.begin);
     pugi::xml_document document;
-    if (!document.load_buffer(content_.infoText.data(), content_.infoText.size(), kParseOptions,
+    if (!isWellFormedXML(content_.infoText) ||
+        !document.load_buffer(content_.infoText.data(), content_.infoText.size(), kParseOptions,
                               pugi::encoding_utf8)) {
       return malformed("Its databaseInfo is not well-formed.");
     }

@@ -11,6 +11,8 @@ namespace annivo {
 namespace {
 
 constexpr const char* kGeneration = "AnnivoGeneration";
+constexpr unsigned kVerbatim =
+    (pugi::parse_full & ~pugi::parse_eol) | pugi::parse_ws_pcdata | pugi::parse_fragment;
 
 std::string mapped(std::string text, char first, char last, int shift) {
   for (char& c : text) {
@@ -49,8 +51,6 @@ void appendAttribute(std::string& out, const NSAttributeDescription& attribute,
 /// The databaseInfo element with the numbers of `info` in it, otherwise as it stands.
 std::string editedInfo(const std::string& element, const XMLStoreInfo& info) {
   pugi::xml_document document;
-  constexpr unsigned kVerbatim =
-      (pugi::parse_full & ~pugi::parse_eol) | pugi::parse_ws_pcdata | pugi::parse_fragment;
   document.load_buffer(element.data(), element.size(), kVerbatim, pugi::encoding_utf8);
   auto root = document.child("databaseInfo");
   const auto childOf = [](pugi::xml_node parent, const char* name) {
@@ -100,6 +100,11 @@ std::size_t lineStart(std::string_view bytes, std::size_t offset) {
 }
 
 }  // namespace
+
+bool isWellFormedXML(std::string_view element) {
+  pugi::xml_document document;
+  return document.load_buffer(element.data(), element.size(), kVerbatim, pugi::encoding_utf8);
+}
 
 void appendXMLObject(std::string& out, const NSManagedObject& object) {
   const NSEntityDescription& entity = object.entity();

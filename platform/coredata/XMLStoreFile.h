@@ -62,6 +62,9 @@ struct XMLStoreChange {
 [[nodiscard]] Result<std::vector<XMLStoreChange>> parseXMLChanges(
     std::string_view fragment, const NSManagedObjectModel& model);
 
+/// Whether an element can be taken apart with all that it holds: comments, processing instructions.
+[[nodiscard]] bool isWellFormedXML(std::string_view element);
+
 /// Bytes that an object of the ledger takes at most in general.
 inline constexpr std::size_t kXMLUsualObject = 420;
 /// Appends the object's element, without white space around it.

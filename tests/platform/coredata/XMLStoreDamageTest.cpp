@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
 #include "tests/platform/coredata/LedgerFixture.h"
 #include "tests/support/TimeLimit.h"
 
@@ -84,6 +88,11 @@ TEST_F(XMLStoreDamage, MalformedFilesAreSetAside) {
       {"a second root", good + "<database></database>"},
       {"an object without an end", with("</object>", "")},
       {"an object of two MiB", document(object("z102", std::string(2 << 20, 'x')))},
+      {"an instruction that is none in databaseInfo",
+       with("<databaseInfo>", "<databaseInfo><?x\"?>")},
+      {"an element without a name", with("</object>", "</object><></object>")},
+      {"a foreign element that ends as another", with("</object>", "</object><a></object>")},
+      {"a foreign element that is not well-formed", with("</object>", "</object><a><b></a>")},
       {"nested 300,000 deep",
        [&] {
          std::string deep;
@@ -97,6 +106,20 @@ TEST_F(XMLStoreDamage, MalformedFilesAreSetAside) {
     const TimeLimit limit;
     expectSetAside(damaged.bytes);
   }
+}
+
+TEST_F(XMLStoreDamage, WhatAFuzzerFoundIsSetAside) {
+  std::size_t count = 0;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(ANNIVO_SOURCE_DIR "/tests/fuzz/corpus/ledger")) {
+    const std::string name = entry.path().filename().string();
+    if (!name.starts_with("damaged-")) continue;
+    SCOPED_TRACE(name);
+    std::ifstream in(entry.path(), std::ios::binary);
+    expectSetAside({std::istreambuf_iterator<char>(in), {}});
+    ++count;
+  }
+  EXPECT_GE(count, 2U);
 }
 
 TEST_F(XMLStoreDamage, AHundredMegabytesOfSpacesAreReadWithinASecond) {
