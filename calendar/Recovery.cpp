@@ -64,13 +64,13 @@ void Recovery::adoptEvents() {
     if (!record) {
       // One of another home, in a calendar that both see, is not ours to keep.
       if (!calendars_.calendarWithUID(identity.calendarUID)) continue;
-      mark_.beginChanges();
+      if (!mark_.beginChanges()) return;
       record = &records_.insert(identity, event->uid());
       continue;
     }
     const auto* known = EventRecords::eventUID(*record);
     if (known && *known == event->uid()) continue;
-    mark_.beginChanges();
+    if (!mark_.beginChanges()) return;
     if (known && eventExists(*known)) {
       removeSecondEvent(*event);
     } else {

@@ -34,7 +34,8 @@ void RunMark::read() {
 }
 
 bool RunMark::beginChanges(std::optional<Calendar> made) {
-  if (!made && (isSet_ || couldNotBeSet_)) return isSet_;
+  if (couldNotBeSet_) return false;
+  if (isSet_ && !made) return true;
   if (made) calendars_.push_back(*std::move(made));
   const auto written = write();
   if (!written) {
@@ -51,7 +52,7 @@ void RunMark::noteFailure(const Error& error) {
 
 void RunMark::noteFailure() {
   failed_ = true;
-  beginChanges();
+  (void)beginChanges();  // Where it fails, couldNotBeSet tells.
 }
 
 void RunMark::endChanges() {

@@ -35,8 +35,12 @@ class RunMark {
   [[nodiscard]] const std::vector<Calendar>& calendars() const { return calendars_; }
 
   /// Sets the mark, with one more calendar where one is made; to be called before anything is
-  /// changed. A failure is presented, once. Whether the mark is on disk.
-  bool beginChanges(std::optional<Calendar> made = std::nullopt);
+  /// changed, which may only be where this is true. A failure is presented, once, and lasts for the
+  /// run.
+  [[nodiscard]] bool beginChanges(std::optional<Calendar> made = std::nullopt);
+  /// Whether the mark could not be set: then nothing was changed, and nothing makes the next run
+  /// do it but that the time of this one is not stored.
+  [[nodiscard]] bool couldNotBeSet() const { return couldNotBeSet_; }
   /// Takes note of a failure that the next run has to make good, so that the mark stays. What was
   /// refused or malformed would be so again: nothing to make good.
   void noteFailure(const Error& error);

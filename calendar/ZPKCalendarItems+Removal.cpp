@@ -59,7 +59,9 @@ void ZPKCalendarItems::confirmEventsOfDatesNotIn(const std::unordered_set<std::s
 void ZPKCalendarItems::removeOtherEvents() {
   static const auto after = NSPredicateFormat::parse("(date > %@)");
   static const auto atOrBefore = NSPredicateFormat::parse("(date <= %@)");
-  const Date horizon = currentDateOffsetByYears(-1);
+  // Not before the one by which events were left out: at the end of a 28 February a year ago is
+  // later than at the beginning of a 29th.
+  const Date horizon = std::max(currentDateOffsetByYears(-1), horizon_.value_or(kEarliestDate));
   RetainedUIDs retained(theRetainedEventUIDs);
 
   logOptionally(platform_, "Deleting old events 1");
@@ -78,7 +80,7 @@ void ZPKCalendarItems::removeOtherEvents() {
 }
 
 void ZPKCalendarItems::removeRecordAndEvent(NSManagedObject& record, const char* logPrefix) {
-  mark_.beginChanges();
+  if (!mark_.beginChanges()) return;
   const auto* eventUID = EventRecords::eventUID(record);
   const auto event = eventUID ? myStore.eventWithUID(*eventUID) : nullptr;
   if (event) {

@@ -31,20 +31,26 @@ void ZPKCalendarItems::setThisCalendarWithUIDForType(const std::string& title,
   if (!thisCalendar_) {
     thisCalendar_ = CalCalendar::calendar();
     thisCalendar_->setTitle(title);
-    mark_.beginChanges({{.uid = thisCalendar_->uid(), .key = textsOf(type).uidKey}});
-    // Not the person's concern before an event fails to be saved into it.
-    if (const auto saved = myStore.saveCalendar(thisCalendar_); !saved) {
-      platform_.log().write(saved.error().text());
-      mark_.noteFailure(saved.error());
-    }
-    setDefaultUIDForType(thisCalendar_->uid(), type);
+    makeCalendar(type);
   }
+  myStore.watch(*thisCalendar_);
   if (!thisCalendar_->isEditable()) {
     platform_.log().write("The calendar " + thisCalendar_->title() +
                           " is uneditable. No events will be added to this calendar.");
     calendarLocked_ = true;
   }
   logOptionally(platform_, "Using calendar ", thisCalendar_->title(), ".");
+}
+
+/// Puts the current target, a new one, into the store and its UID into the preferences.
+void ZPKCalendarItems::makeCalendar(CalendarType type) {
+  if (!mark_.beginChanges({{.uid = thisCalendar_->uid(), .key = textsOf(type).uidKey}})) return;
+  // Not the person's concern before an event fails to be saved into it.
+  if (const auto saved = myStore.saveCalendar(thisCalendar_); !saved) {
+    platform_.log().write(saved.error().text());
+    mark_.noteFailure(saved.error());
+  }
+  setDefaultUIDForType(thisCalendar_->uid(), type);
 }
 
 void ZPKCalendarItems::setDefaultUIDForType(const std::optional<std::string>& uid,

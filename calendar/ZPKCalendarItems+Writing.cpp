@@ -101,6 +101,10 @@ void ZPKCalendarItems::expectBasicEvents(const std::vector<std::vector<BasicEven
 
 void ZPKCalendarItems::addBasicEvent(const BasicEvent& basic) {
   logOptionally(platform_, "Checking for event '", basic.title, "'.");
+  // What the removal takes out at the end of this run in any case is not written before. Such are,
+  // on 28 February of a leap year, the last occurrences of those born on a 29th.
+  if (!horizon_) horizon_ = currentDateOffsetByYears(-1);
+  if (basic.withStartDate <= *horizon_) return;
   if (basic.title.size() + basic.url.size() + basic.uid.size() > kLongestTexts) {
     return refuseEvent(basic);
   }
@@ -164,7 +168,7 @@ void ZPKCalendarItems::fillNewEvent(CalEvent& event, const BasicEvent& basic) {
 
 void ZPKCalendarItems::saveEvent(CalEvent& event) {
   logOptionally(platform_, "Updating event: ", event.title().value_or("(null)"));
-  mark_.beginChanges();
+  if (!mark_.beginChanges()) return;
   const bool recorded = recovery_.ledger() != core_data_for_dates_AppDelegate::Ledger::missing &&
                         !coreDataSpace->isTemporary();
   if (!records_.save() || !recorded) mark_.noteFailure();

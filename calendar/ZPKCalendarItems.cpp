@@ -19,7 +19,8 @@ ZPKCalendarItems::ZPKCalendarItems(Platform& platform)
 }
 
 ZPKCalendarItems::~ZPKCalendarItems() {
-  if (moc && !coreDataSpace->saveAction()) mark_.noteFailure();
+  // Without the mark no event was written, and no record of one is.
+  if (moc && !mark_.couldNotBeSet() && !coreDataSpace->saveAction()) mark_.noteFailure();
   if (!coreDataSpace->closeLedger()) mark_.noteFailure();
   moc = nullptr;
   coreDataSpace.reset();

@@ -99,6 +99,13 @@ class ZPKCalendarItems {
   /// Makes what was written to the calendars durable; to be called before the time of the run is
   /// stored.
   void synchronizeCalendars();
+  /// Whether another program has changed a target's events since they were first looked at.
+  [[nodiscard]] bool wereChangedMeanwhile() { return myStore.wasChangedByOthers(); }
+  /// Keeps the run's mark, so that the next run does its pass whatever the folders' times say.
+  void askForAnotherPass() { mark_.noteFailure(); }
+  /// Whether the run's mark could not be written, so that nothing was changed and no mark makes the
+  /// next run do it. The time of the run must not be stored then.
+  [[nodiscard]] bool couldNotBegin() const { return mark_.couldNotBeSet(); }
 
  private:
   /// `dataFetchedWithPredicate:`. Nothing when the fetch failed (logged).
@@ -109,6 +116,7 @@ class ZPKCalendarItems {
   std::optional<EventRecords::Records> recordsOf(const std::string& uid, Date date);
   /// What the ledger says of the calendar's event for an occurrence; null where it says nothing.
   const std::string* recordedEventUID(const BasicEvent& basic);
+  void makeCalendar(CalendarType type);
   void refuseEvent(const BasicEvent& basic);
   bool updateExistingEvent(CalEvent& event, const std::string& title);
   void fillNewEvent(CalEvent& event, const BasicEvent& basic);
@@ -125,6 +133,7 @@ class ZPKCalendarItems {
   std::shared_ptr<CalCalendar> thisCalendar_;
   std::vector<std::string> theRetainedEventUIDs;
   std::vector<CalAlarm> alarmArray_;
+  std::optional<Date> horizon_;  ///< a year before the first event was added
   std::unique_ptr<core_data_for_dates_AppDelegate> coreDataSpace;
   NSManagedObjectContext* moc = nullptr;
   bool calendarLocked_ = false;

@@ -60,7 +60,9 @@ myController::Decision myController::decide() {
   if (defaults->objectForKey(keys::kAlarmSet).isEqualToString("1")) return Decision::emptyCalendars;
   if (!appPrefs->prefs()[keys::kAppRunning].isTheTrueObject()) return Decision::emptyCalendars;
   const PropertyList& stored = defaults->objectForKey(keys::kLastUpdate);
-  const Date last = stored.date() ? *stored.date() : kUnixEpoch;
+  // A time that is still to come is no time of a run: a clock was wrong then, or is now.
+  const bool isPast = stored.date() && *stored.date() <= platform_.clock().now();
+  const Date last = isPast ? *stored.date() : kUnixEpoch;
   const bool changed = myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(
                            appPrefs->text(keys::kBirthCalUID), last) ||
                        myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(
@@ -72,6 +74,7 @@ myController::Decision myController::decide() {
 void myController::pass() {
   log("Starting to add");
   myCalendarItems->expectLedger();
+  const Date addressBook = ZPKAddressBookDates::addressBookLastModifed(platform_);
   theDates = std::make_unique<ZPKAddressBookDates>(platform_);
 
   const std::string anniversaryUID = appPrefs->text(keys::kAneeCalUID);
@@ -107,10 +110,26 @@ void myController::pass() {
   // The time of the run says that the calendars are as they should be, so they must be on disk
   // before it is.
   myCalendarItems->synchronizeCalendars();
-  defaults->setObjectForKey(platform_.clock().now(), keys::kLastUpdate);
-  (void)defaults->synchronize();  // Logged where it fails; the next run then does the pass again.
+  // Of what changes from here on the folders' times tell the next run, of what changed since the
+  // pass began only the mark can.
+  const Date end = platform_.clock().now();
+  if (somethingChangedMeanwhile(addressBook)) myCalendarItems->askForAnotherPass();
+  if (!myCalendarItems->couldNotBegin()) {
+    defaults->setObjectForKey(end, keys::kLastUpdate);
+    (void)defaults->synchronize();  // Logged where it fails; the next run then does the pass again.
+  }
   log("Annivo ending");
   platform_.application().terminate();
+}
+
+bool myController::somethingChangedMeanwhile(Date addressBook) {
+  if (myCalendarItems->wereChangedMeanwhile()) return true;
+  if (ZPKAddressBookDates::addressBookLastModifed(platform_) != addressBook) return true;
+  PreferenceDomains stored(platform_.fileManager(), platform_.clock(), platform_.log(),
+                           platform_.homeDirectory());
+  const auto& parent = stored.domain(kParentDomain);
+  return parent &&
+         PropertyList(*parent)[keys::kLastLaunched] != appPrefs->prefs()[keys::kLastLaunched];
 }
 
 void myController::sendCalendarTypeWithFormat(CalendarType type,

@@ -42,6 +42,9 @@ class myController final : public NSApplicationDelegate, public SUUpdaterDelegat
   void pass();
   /// `sendCalendarType:withFormat:`. One calendar pass.
   void sendCalendarTypeWithFormat(CalendarType type, const std::vector<std::string>& titleFormat);
+  /// Whether other programs have changed, since the pass began, what it reads. `addressBook` is the
+  /// time of the address book then.
+  [[nodiscard]] bool somethingChangedMeanwhile(Date addressBook);
   /// Takes the program's events out of the calendars, switches the agent off and terminates.
   void emptyAndOuit();
   /// Starts the parent application and terminates.

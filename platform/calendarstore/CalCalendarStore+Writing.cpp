@@ -103,6 +103,7 @@ Result<void> CalCalendarStore::writeEventFile(const CalCalendar& calendar, const
   wrote_ = true;
   ahead_.drop(nameOf(path));
   syncBehind();
+  const FolderWatch::OwnChange own(watch_, path);
   auto written = files_.writeAtomically(path, text);
   if (written || written.error().kind != Error::Kind::absent) return written;
   if (auto made = files_.createDirectory(eventsFolder(calendar)); !made) return made;
@@ -125,7 +126,12 @@ Result<void> CalCalendarStore::removeFromFile(const std::string& path, const std
   if (!rest) return changedMeanwhile(path);
   wrote_ = true;
   ahead_.drop(nameOf(path));
+  const FolderWatch::OwnChange own(watch_, path);
   return rest->empty() ? files_.removeFile(path) : files_.writeAtomically(path, *rest);
+}
+
+void CalCalendarStore::watch(const CalCalendar& calendar) {
+  if (!calendar.path().empty()) watch_.begin(eventsFolder(calendar));
 }
 
 Result<void> CalCalendarStore::synchronize() {
@@ -156,6 +162,7 @@ void CalCalendarStore::finishSyncingBehind() {
 void CalCalendarStore::removeRemains(Remains remains) {
   const auto remove = [&](const std::string& path) {
     wrote_ = true;
+    const FolderWatch::OwnChange own(watch_, path);
     if (auto removed = files_.removeFile(path); !removed) log_.write(removed.error().text());
   };
   for (const auto& calendar : calendars()) {

@@ -54,6 +54,7 @@ CalCalendarStore::CalCalendarStore(NSFileManager& files, const Clock& clock, Log
       zone_(std::move(zone)),
       home_(std::move(home)),
       root_(home_ + "/Library/Calendars"),
+      watch_(files),
       index_(std::make_unique<Index>()),
       ahead_(kOrdinaryEvent) {}
 

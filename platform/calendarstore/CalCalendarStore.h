@@ -12,6 +12,7 @@
 
 #include "base/NSCalendarDate.h"
 #include "codecs/icalendar/CalEvent.h"
+#include "platform/calendarstore/FolderWatch.h"
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
@@ -96,6 +97,12 @@ class CalCalendarStore {
   enum class Remains { temporaries, damagedEvents };
   void removeRemains(Remains remains);
 
+  /// Begins to watch the events of a calendar, before any is read.
+  void watch(const CalCalendar& calendar);
+  /// Whether another program has made, replaced or removed an event file of a watched calendar
+  /// since, as the time of its folder tells.
+  [[nodiscard]] bool wasChangedByOthers() { return watch_.sawOthers(); }
+
   /// Makes all that was written durable. Does nothing when nothing was. Where very much is written,
   /// another thread begins with it before.
   Result<void> synchronize();
@@ -137,6 +144,7 @@ class CalCalendarStore {
   std::string root_;
   mutable std::string memory_;  ///< of the last event file, for the next
   bool wrote_ = false;
+  FolderWatch watch_;
   std::size_t writtenFiles_ = 0;
   std::future<Result<void>> syncingBehind_;
   Result<void> syncedBehind_;  ///< how that went so far

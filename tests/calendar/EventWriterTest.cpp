@@ -306,6 +306,15 @@ TEST_F(EventWriter, LeavesOutAURLThatIsNone) {
   EXPECT_FALSE(home.events("A").front()->url());
 }
 
+TEST_F(EventWriter, TakesAnEndThatLiesAfterTheStart) {
+  auto event = eventOn(kDay, "D-1", "Title");
+  event.endDate = kNextDay;
+  home.write("A", {event});
+  const auto written = home.events("A").front();
+  EXPECT_EQ(written->startDate(), utc(2026, 12, 24));
+  EXPECT_EQ(written->endDate(), utc(2026, 12, 25));
+}
+
 TEST_F(EventWriter, LeavesDatesAndURLOfAnExistingEventAlone) {
   home.write("A", {eventOn(kDay, "D-1", "Title")});
   auto again = eventOn(kDay, "D-1", "New");

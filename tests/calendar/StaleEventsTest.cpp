@@ -33,7 +33,9 @@ struct StaleEvents : testing::Test {
 };
 
 TEST_F(StaleEvents, AWriterThatWroteNothingEmptiesLedgerAndCalendars) {
+  home.home.clock.advance(-1h);
   home.write("A", {eventOn(kDay, "D-1", "One"), eventOn(kHorizon, "D-2", "Old")});
+  home.home.clock.advance(1h);
   home.write("B", {eventOn(kDay, "D-1", "Two")});
   home.run([](ZPKCalendarItems& writer) { writer.removeOtherEvents(); });
   EXPECT_TRUE(home.titles("A").empty());
@@ -88,9 +90,38 @@ TEST_F(StaleEvents, TheHorizonItselfIsRemovedEvenIfJustConfirmed) {
   const std::vector events = {
       eventOn(kHorizon - 1us, "D-0", "Before"), eventOn(kHorizon, "D-1", "At"),
       eventOn(kHorizon + 1us, "D-2", "Just after"), eventOn(kHorizon + 1s, "D-3", "After")};
+  home.home.clock.advance(-1h);
+  pass(events);
+  EXPECT_EQ(home.titles("A").size(), 4U);
+  home.home.clock.advance(1h);
   pass(events);
   EXPECT_EQ(home.titles("A"), (std::vector<std::string>{"After", "Just after"}));
   EXPECT_EQ(home.ledger().size(), 2U);
+}
+
+TEST_F(StaleEvents, WhatLiesAtTheHorizonOrBeforeIsNotWrittenFirst) {
+  pass({eventOn(kHorizon - 1us, "D-0", "Before"), eventOn(kHorizon, "D-1", "At"),
+        eventOn(kHorizon + 1us, "D-2", "Just after")});
+  EXPECT_EQ(home.titles("A"), std::vector<std::string>{"Just after"});
+  EXPECT_EQ(logged("Updating event: "), 1U);
+  EXPECT_EQ(logged("Removing"), 0U);
+  EXPECT_EQ(home.ledger().size(), 1U);
+}
+
+TEST_F(StaleEvents, AHorizonThatGoesBackOverALeapDaysMidnightLeavesNothingHalfDone) {
+  home.home.clock.set(utc(2028, 2, 28, 10));
+  const auto event = eventOn(utc(2027, 2, 28, 12), "D-1", "Leap");
+  pass({event});
+  EXPECT_EQ(home.titles("A").size(), 1U);
+  home.home.clock.set(utc(2028, 2, 28, 23, 59, 59));
+  home.run([&](ZPKCalendarItems& writer) {
+    writer.setThisCalendarWithUIDForType("A", "A", CalendarType::birthdays);
+    writer.addBasicEvent(event);
+    home.home.clock.advance(2s);
+    writer.removeOtherEvents();
+  });
+  EXPECT_EQ(logged("Removing old event: Leap"), 1U);
+  EXPECT_TRUE(home.ledger().empty());
 }
 
 TEST_F(StaleEvents, TheHorizonOfALeapDayIsTheDayBeforeInACommonYear) {

@@ -19,6 +19,7 @@ std::size_t RecordingLog::count(std::string_view part) const {
 
 AlertAnswer ScriptedAlerts::runModal(const NSAlert& alert) {
   state_->shown.push_back(alert);
+  if (state_->happens) state_->happens();
   if (!state_->answers.empty()) {
     const AlertAnswer answer = state_->answers.front();
     state_->answers.pop_front();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -53,9 +54,12 @@ class ScriptedAlerts final : public Alerts {
   void answerNext(AlertAnswer answer) { state_->answers.push_back(answer); }
   [[nodiscard]] const std::vector<NSAlert>& shown() const { return state_->shown; }
   void clear() { state_->shown.clear(); }
+  /// What happens while an alert waits for its answer.
+  void whenShown(std::function<void()> happens) { state_->happens = std::move(happens); }
 
  private:
   struct State {
+    std::function<void()> happens;
     std::deque<AlertAnswer> answers;
     std::vector<NSAlert> shown;
   };
