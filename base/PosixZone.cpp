@@ -4,12 +4,13 @@
 #include <algorithm>
 #include <array>
 
+#include "base/Digits.h"
+
 namespace annivo {
 
 namespace {
 
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// Takes the zone's abbreviation off the front of `rest`: three letters or more, or "<...>".
 bool takeAbbreviation(std::string_view& rest) {

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "base/Digits.h"
+
 namespace annivo {
 
 namespace {
@@ -32,13 +34,12 @@ std::string freshUUID() {
   bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
   bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
 
-  static constexpr char kDigits[] = "0123456789ABCDEF";
   std::string text(36, '-');
   auto at = text.begin();
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     if (i == 4 || i == 6 || i == 8 || i == 10) ++at;
-    *at++ = kDigits[bytes[i] >> 4];
-    *at++ = kDigits[bytes[i] & 0x0F];
+    *at++ = kUpperHexDigits[bytes[i] >> 4];
+    *at++ = kUpperHexDigits[bytes[i] & 0x0F];
   }
   return text;
 }

@@ -10,6 +10,8 @@
 #include <functional>
 #include <vector>
 
+#include "base/Text.h"
+
 namespace annivo {
 
 namespace {
@@ -54,11 +56,7 @@ CodePoints decoded(std::string_view raw) {
   return points;
 }
 
-void append(std::string& text, utf8proc_int32_t point) {
-  std::array<utf8proc_uint8_t, 4> bytes{};
-  const auto length = utf8proc_encode_char(point, bytes.data());
-  text.append(reinterpret_cast<const char*>(bytes.data()), static_cast<std::size_t>(length));
-}
+constexpr bool isSurrogate(char32_t point) { return point >= 0xD800 && point < 0xE000; }
 
 enum class Role { letter, other, none };
 
@@ -111,14 +109,8 @@ utf8proc_int32_t lowerCase(utf8proc_int32_t point, DotlessI rules, bool endsWord
 }  // namespace
 
 std::string caseFolded(std::string_view text) {
-  std::string folded(text);
-  if (isASCII(text)) {
-    for (char& c : folded) {
-      c = static_cast<char>(c | (static_cast<unsigned char>(c - 'A') < 26 ? 0x20 : 0));
-    }
-    return folded;
-  }
-  folded = repairedUTF8(text);
+  if (isASCII(text)) return lowerCased(text);
+  std::string folded = repairedUTF8(text);
   utf8proc_uint8_t* mapped = nullptr;
   const auto length = utf8proc_map(
       reinterpret_cast<const utf8proc_uint8_t*>(folded.data()),
@@ -164,15 +156,54 @@ std::string capitalized(std::string_view text, std::string_view language) {
     inWord = joins || isWordAt(points, i);
     if (!inWord) titled = false;
     if (role(point) != Role::letter) {
-      append(result, point);
+      appendUTF8(result, static_cast<char32_t>(point));
     } else if (!titled) {
-      append(result, titleCase(point, rules));
+      appendUTF8(result, static_cast<char32_t>(titleCase(point, rules)));
       titled = true;
     } else {
-      append(result, lowerCase(point, rules, !isWordAt(points, i + 1)));
+      appendUTF8(result, static_cast<char32_t>(lowerCase(point, rules, !isWordAt(points, i + 1))));
     }
   }
   return result;
+}
+
+void appendUTF8(std::string& out, char32_t point) {
+  const auto put = [&](char32_t byte) { out += static_cast<char>(byte); };
+  if (point < 0x80) return put(point);
+  if (isSurrogate(point) || point > 0x10FFFF) point = U'\uFFFD';
+  if (point < 0x800) {
+    put(0xC0 | point >> 6);
+  } else if (point < 0x10000) {
+    put(0xE0 | point >> 12);
+    put(0x80 | (point >> 6 & 0x3F));
+  } else {
+    put(0xF0 | point >> 18);
+    put(0x80 | (point >> 12 & 0x3F));
+    put(0x80 | (point >> 6 & 0x3F));
+  }
+  put(0x80 | (point & 0x3F));
+}
+
+std::string fromUTF16(std::string_view bytes, ByteOrder order) {
+  const std::size_t high = order == ByteOrder::bigEndian ? 0 : 1;
+  const auto unitAt = [&](std::size_t i) {
+    return static_cast<char32_t>(static_cast<unsigned char>(bytes[i + high]) << 8 |
+                                 static_cast<unsigned char>(bytes[i + 1 - high]));
+  };
+  std::string text;
+  text.reserve(bytes.size());
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    char32_t point = unitAt(i);
+    if (point >= 0xD800 && point < 0xDC00 && i + 3 < bytes.size()) {
+      const char32_t low = unitAt(i + 2);
+      if (low >= 0xDC00 && low < 0xE000) {
+        point = 0x10000 + ((point - 0xD800) << 10) + (low - 0xDC00);
+        i += 2;
+      }
+    }
+    appendUTF8(text, point);
+  }
+  return text;
 }
 
 bool isValidUTF8(std::string_view text) {

@@ -17,6 +17,11 @@ namespace annivo {
 /// the final form). A word is a run of letters, marks and digits; an apostrophe inside a word
 /// belongs to it.
 [[nodiscard]] std::string capitalized(std::string_view text, std::string_view language);
+/// Appends the UTF-8 form of a code point; U+FFFD for what is none or a surrogate.
+void appendUTF8(std::string& out, char32_t point);
+enum class ByteOrder { bigEndian, littleEndian };
+/// UTF-16 as UTF-8. A lone surrogate becomes U+FFFD; a last odd byte is left out.
+[[nodiscard]] std::string fromUTF16(std::string_view bytes, ByteOrder order);
 [[nodiscard]] bool isValidUTF8(std::string_view text);
 /// `text` with every byte that is no part of valid UTF-8 replaced by U+FFFD.
 [[nodiscard]] std::string repairedUTF8(std::string_view text);

@@ -15,7 +15,7 @@ target_link_libraries(annivo_base PRIVATE cctz PkgConfig::utf8proc)
 annivo_module(annivo_plist_codec codecs/plist annivo_base)
 target_link_libraries(annivo_plist_codec PRIVATE PkgConfig::plist)
 annivo_module(annivo_icalendar codecs/icalendar annivo_base)
-annivo_module(annivo_vcard codecs/vcard annivo_base)
+annivo_module(annivo_vcard codecs/vcard annivo_icalendar annivo_base)
 annivo_module(annivo_xml codecs/xml annivo_base)
 
 annivo_module(annivo_foundation platform/foundation annivo_plist_codec annivo_base)

@@ -19,6 +19,13 @@ std::size_t endOfParameter(std::string_view text, std::size_t start) {
 
 }  // namespace
 
+std::string_view takeParameter(std::string_view& parameters) {
+  const std::size_t end = endOfParameter(parameters, 0);
+  const std::string_view taken = parameters.substr(0, end);
+  parameters.remove_prefix(std::min(end + 1, parameters.size()));
+  return taken;
+}
+
 bool ContentLine::isNamed(std::string_view upperCaseName) const {
   const std::size_t size = upperCaseName.size();
   if (!equalsIgnoringCase({content_.data(), size}, upperCaseName)) return false;
@@ -40,11 +47,8 @@ void ContentLine::split(std::size_t nameEnd) const {
 }
 
 std::optional<std::string_view> ContentLine::parameter(std::string_view upperCaseName) const {
-  const std::string_view all = parameters();
-  for (std::size_t start = 0; start < all.size();) {
-    const std::size_t end = endOfParameter(all, start);
-    const std::string_view one = all.substr(start, end - start);
-    start = end + 1;
+  for (std::string_view rest = parameters(); !rest.empty();) {
+    const std::string_view one = takeParameter(rest);
     const std::size_t equals = one.find('=');
     if (equals == one.npos || !equalsIgnoringCase(one.substr(0, equals), upperCaseName)) continue;
     const std::string_view text = one.substr(equals + 1);
@@ -55,11 +59,11 @@ std::optional<std::string_view> ContentLine::parameter(std::string_view upperCas
 }
 
 void ContentLines::finish(ContentLine& line) {
-  if (continues(rest_)) {
+  if (isContinuation(rest_)) {
     const char* const begin = line.raw_.data();
     do {
-      rest_.remove_prefix(lengthOfLine(rest_));
-    } while (continues(rest_));
+      rest_.remove_prefix(lengthOfPhysicalLine(rest_));
+    } while (isContinuation(rest_));
     line.raw_ = {begin, rest_.data()};
     unfold(line.raw_);
     line.content_ = unfolded_;
@@ -74,7 +78,7 @@ void ContentLines::unfold(std::string_view raw) {
   unfolded_.clear();
   unfolded_.reserve(raw.size());
   for (std::size_t skipped = 0; !raw.empty(); skipped = 1) {
-    const std::size_t length = lengthOfLine(raw);
+    const std::size_t length = lengthOfPhysicalLine(raw);
     unfolded_ += withoutLineEnd(raw.substr(0, length)).substr(skipped);
     raw.remove_prefix(length);
   }

@@ -8,23 +8,40 @@
 #include <string>
 #include <string_view>
 
+#include "base/Text.h"
+
 namespace annivo {
 
-/// Whether two ASCII texts are equal without case; `upper` is in upper case.
-[[nodiscard]] constexpr bool equalsIgnoringCase(std::string_view text, std::string_view upper) {
-  if (text == upper) return true;
-  if (text.size() != upper.size()) return false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i] >= 'a' && text[i] <= 'z' ? static_cast<char>(text[i] - 32) : text[i];
-    if (c != upper[i]) return false;
-  }
-  return true;
+// What event files and cards have in common: a text of physical lines, some of which continue the
+// one before; a name, parameters with quotes, a colon, a value.
+
+/// Length of the physical line that the text, which is not empty, begins with, its end included.
+[[nodiscard]] inline std::size_t lengthOfPhysicalLine(std::string_view text) {
+  const void* const found = std::memchr(text.data(), '\n', text.size());
+  if (!found) return text.size();
+  return static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) + 1;
+}
+[[nodiscard]] inline std::string_view withoutLineEnd(std::string_view line) {
+  if (line.ends_with('\n')) line.remove_suffix(1);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line;
+}
+/// Whether what follows continues the line before it.
+[[nodiscard]] inline bool isContinuation(std::string_view text) {
+  return !text.empty() && (text.front() == ' ' || text.front() == '\t');
 }
 
-/// One content line of an iCalendar text. Its views live until the scanner's next step. It is taken
-/// apart when first asked for a part: most lines are only asked whether they have a certain name.
+/// Takes the first parameter off a list ("VALUE=DATE;X=\"a:b\""), which is not empty.
+[[nodiscard]] std::string_view takeParameter(std::string_view& parameters);
+
+/// One content line. Its views live until the scanner's next step. It is taken apart when first
+/// asked for a part: most lines are only asked whether they have a certain name.
 class ContentLine {
  public:
+  ContentLine() = default;
+  /// A line whose folds are undone already; the text must outlive it.
+  explicit ContentLine(std::string_view unfolded) : raw_(unfolded), content_(unfolded) {}
+
   /// Its bytes in the text, folds and line end included.
   [[nodiscard]] std::string_view raw() const { return raw_; }
   /// As written; "" where the line has no colon.
@@ -75,30 +92,16 @@ class ContentLines {
   bool next(ContentLine& line) {
     if (rest_.empty()) return false;
     const char* const begin = rest_.data();
-    const std::size_t length = lengthOfLine(rest_);
+    const std::size_t length = lengthOfPhysicalLine(rest_);
     line.raw_ = {begin, length};
     line.content_ = withoutLineEnd(line.raw_);
     line.isSplit_ = false;
     rest_.remove_prefix(length);
-    if (atStart_ || continues(rest_)) finish(line);
+    if (atStart_ || isContinuation(rest_)) finish(line);
     return true;
   }
 
  private:
-  /// Of the physical line that the text, which is not empty, begins with.
-  [[nodiscard]] static std::size_t lengthOfLine(std::string_view text) {
-    const void* const found = std::memchr(text.data(), '\n', text.size());
-    if (!found) return text.size();
-    return static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) + 1;
-  }
-  [[nodiscard]] static std::string_view withoutLineEnd(std::string_view line) {
-    if (line.ends_with('\n')) line.remove_suffix(1);
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    return line;
-  }
-  [[nodiscard]] static bool continues(std::string_view text) {
-    return !text.empty() && (text.front() == ' ' || text.front() == '\t');
-  }
   /// What few lines need: the lines that continue it, and no byte order mark.
   void finish(ContentLine& line);
   void unfold(std::string_view raw);

@@ -5,16 +5,13 @@
 #include <array>
 #include <cstddef>
 
+#include "base/Text.h"
 #include "base/Unicode.h"
 
 namespace annivo {
 namespace {
 
 constexpr std::size_t kLineOctets = 75;
-
-constexpr bool isAlphanumeric(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
 
 /// Letters, digits and those in `plain`, by their code.
 constexpr std::array<bool, 256> characters(std::string_view plain) {
@@ -26,25 +23,6 @@ constexpr std::array<bool, 256> characters(std::string_view plain) {
   return table;
 }
 
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return -1;
-}
-
-bool isTriplet(std::string_view text, std::size_t i) {
-  return i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 && hexDigit(text[i + 2]) >= 0;
-}
-
-void appendTriplet(std::string& out, char escape, char byte) {
-  constexpr const char* digits = "0123456789ABCDEF";
-  const auto value = static_cast<unsigned char>(byte);
-  out += escape;
-  out += digits[value >> 4];
-  out += digits[value & 15];
-}
-
 std::string encoded(std::string_view bytes, char escape, std::string_view plain) {
   std::string out;
   out.reserve(bytes.size());
@@ -53,23 +31,8 @@ std::string encoded(std::string_view bytes, char escape, std::string_view plain)
     const auto stop = std::find_if_not(at, bytes.end(), isPlain);
     out.append(at, stop);
     if (stop == bytes.end()) break;
-    appendTriplet(out, escape, *stop);
+    appendHexEscape(out, escape, *stop);
     at = stop;
-  }
-  return out;
-}
-
-std::string decoded(std::string_view text, char escape) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size();) {
-    const std::size_t next = std::min(text.find(escape, i), text.size());
-    out.append(text, i, next - i);
-    if (next == text.size()) break;
-    const bool triplet = isTriplet(text, next);
-    out += triplet ? static_cast<char>(hexDigit(text[next + 1]) * 16 + hexDigit(text[next + 2]))
-                   : escape;
-    i = next + (triplet ? 3 : 1);
   }
   return out;
 }
@@ -98,6 +61,31 @@ std::size_t controlAt(std::string_view text, std::size_t i) {
   if (byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0)
     return 2;
   return 0;
+}
+
+/// A backslash before what it does not escape stands for itself, as does a last one.
+template <typename IsEscapable>
+std::string withoutBackslashes(std::string_view value, const IsEscapable& isEscapable) {
+  std::string out;
+  out.reserve(value.size());
+  for (std::size_t i = 0; i < value.size();) {
+    const std::size_t escape = std::min(value.find('\\', i), value.size() - 1);
+    if (value[escape] != '\\' || escape + 1 == value.size()) {
+      out.append(value.substr(i));
+      break;
+    }
+    const char c = value[escape + 1];
+    out.append(value, i, escape - i);
+    i = escape + 2;
+    if (c == 'n' || c == 'N') {
+      out += '\n';
+    } else if (isEscapable(c)) {
+      out += c;
+    } else {
+      (out += '\\') += c;
+    }
+  }
+  return out;
 }
 
 }  // namespace
@@ -146,19 +134,11 @@ std::string escapedText(std::string_view text) {
 }
 
 std::string unescapedText(std::string_view value) {
-  std::string out;
-  out.reserve(value.size());
-  for (std::size_t i = 0; i < value.size();) {
-    const std::size_t escape = std::min(value.find('\\', i), value.size() - 1);
-    if (value[escape] != '\\' || escape + 1 == value.size()) {
-      out.append(value.substr(i));
-      break;
-    }
-    const char c = value[escape + 1];
-    out.append(value, i, escape - i) += c == 'n' || c == 'N' ? '\n' : c;
-    i = escape + 2;
-  }
-  return out;
+  return withoutBackslashes(value, [](char) { return true; });
+}
+
+std::string unescapedText(std::string_view value, std::string_view escapable) {
+  return withoutBackslashes(value, [&](char c) { return escapable.find(c) != escapable.npos; });
 }
 
 std::string escapedURI(std::string_view uri) {
@@ -171,10 +151,10 @@ std::string escapedURI(std::string_view uri) {
     out.append(uri.begin() + i, stop);
     i = static_cast<std::size_t>(stop - uri.begin());
     if (stop == uri.end()) break;
-    if (*stop == '%' && isTriplet(uri, i)) {
+    if (*stop == '%' && isHexEscape(uri, i)) {
       out += '%';
     } else {
-      appendTriplet(out, '%', *stop);
+      appendHexEscape(out, '%', *stop);
     }
   }
   return out;
@@ -184,19 +164,17 @@ std::string percentEncoded(std::string_view bytes, std::string_view plain) {
   return encoded(bytes, '%', plain);
 }
 
-std::string percentDecoded(std::string_view text) { return decoded(text, '%'); }
+std::string percentDecoded(std::string_view text) { return hexUnescaped(text, '%'); }
 
 std::string underscoreEncoded(std::string_view bytes, std::string_view plain) {
   return encoded(bytes, '_', std::string("-.").append(plain));
 }
 
-std::string underscoreDecoded(std::string_view text) { return decoded(text, '_'); }
+std::string underscoreDecoded(std::string_view text) { return hexUnescaped(text, '_'); }
 
 std::string plainestReading(std::string_view value) {
   constexpr std::string_view space = " \t\n";
-  std::string plain = unescapedText(value);
-  plain.erase(plain.find_last_not_of(space) + 1);
-  return plain.erase(0, plain.find_first_not_of(space));
+  return std::string(trimmed(unescapedText(value), space));
 }
 
 std::string plainestText(std::string_view text) { return plainestReading(escapedText(text)); }

@@ -20,6 +20,8 @@ void appendContentLine(std::string& out, std::string_view head, std::string_view
 /// UTF-8 cannot be said in it and are dropped or replaced.
 [[nodiscard]] std::string escapedText(std::string_view text);
 [[nodiscard]] std::string unescapedText(std::string_view value);
+/// The same where a backslash escapes nothing but "n", "N" and the characters of `escapable`.
+[[nodiscard]] std::string unescapedText(std::string_view value, std::string_view escapable);
 
 /// A value of type URI: what no URI may hold is percent-encoded, all else stays.
 [[nodiscard]] std::string escapedURI(std::string_view uri);

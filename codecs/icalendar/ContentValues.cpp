@@ -14,8 +14,6 @@ namespace {
 
 constexpr std::int64_t kLongestDuration = 1'000'000'000'000'000;
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 std::optional<int> number(std::string_view digits) {
   int value = 0;
   for (const char c : digits) {
@@ -65,8 +63,7 @@ std::optional<CivilTime> civilTime(std::string_view text, bool time) {
 bool isZoneName(std::string_view name) {
   return !name.empty() && name.size() < 64 && name.front() != '/' && name.front() != '.' &&
          name.find("..") == name.npos && std::all_of(name.begin(), name.end(), [](char c) {
-           return isDigit(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-                  std::string_view("/_+-").find(c) != std::string_view::npos;
+           return isAlphanumeric(c) || std::string_view("/_+-").find(c) != std::string_view::npos;
          });
 }
 
@@ -198,13 +195,11 @@ std::optional<IdentityValue> identityFromText(std::string_view text) {
     parts[i] = text.substr(0, end);
     text.remove_prefix(end == text.npos ? text.size() : end + 1);
   }
-  std::int64_t microseconds = 0;
-  const char* const last = parts[0].data() + parts[0].size();
-  const auto [end, error] = std::from_chars(parts[0].data(), last, microseconds);
-  if (error != std::errc() || end != last) return std::nullopt;
+  const auto microseconds = numberFromText<std::int64_t>(parts[0]);
+  if (!microseconds) return std::nullopt;
   return IdentityValue{.identity = {.myUID = underscoreDecoded(parts[2]),
                                     .calendarUID = underscoreDecoded(parts[1]),
-                                    .date = Date{std::chrono::microseconds{microseconds}}},
+                                    .date = Date{std::chrono::microseconds{*microseconds}}},
                        .eventUID = underscoreDecoded(parts[3])};
 }
 

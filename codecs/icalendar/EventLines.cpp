@@ -10,20 +10,9 @@ namespace {
 constexpr std::array<std::string_view, 3> kKnown{"VCALENDAR", "VEVENT", "VALARM"};
 
 /// A component's name without white space after it.
-std::string_view trimmed(std::string_view name) {
-  while (!name.empty() && (name.back() == ' ' || name.back() == '\t')) name.remove_suffix(1);
-  return name;
-}
+std::string_view componentName(std::string_view value) { return trimmedEnd(value, " \t"); }
 
-std::string upperCase(std::string_view name) {
-  std::string upper(name);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
-  }
-  return upper;
-}
-
-bool isBlank(std::string_view raw) { return raw.find_first_not_of(" \t\r\n") == raw.npos; }
+bool isBlank(std::string_view raw) { return trimmed(raw, " \t\r\n").empty(); }
 
 }  // namespace
 
@@ -43,7 +32,7 @@ bool EventLines::next() {
 }
 
 bool EventLines::begin() {
-  const std::string_view name = trimmed(line_.value());
+  const std::string_view name = componentName(line_.value());
   kind_ = Kind::begin;
   if (depth_ == known_ && known_ < kKnown.size() && equalsIgnoringCase(name, kKnown[known_])) {
     ++known_;
@@ -58,7 +47,7 @@ bool EventLines::begin() {
 }
 
 bool EventLines::end() {
-  const std::string_view name = trimmed(line_.value());
+  const std::string_view name = componentName(line_.value());
   kind_ = Kind::end;
   place_ = innermost();
   if (depth_ == 0) return false;
@@ -75,7 +64,7 @@ bool EventLines::end() {
 bool EventLines::endOther(std::string_view name) {
   const std::size_t last = others_.rfind('\n');
   const std::string_view opened = std::string_view(others_).substr(last + 1);
-  if (name != opened && !equalsIgnoringCase(name, upperCase(opened))) return false;
+  if (name != opened && !equalsIgnoringCase(name, upperCased(opened))) return false;
   others_.resize(last);
   return true;
 }

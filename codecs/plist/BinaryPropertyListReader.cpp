@@ -21,39 +21,6 @@ std::uint64_t bigEndian(std::string_view bytes) {
   return value;
 }
 
-void appendUTF8(std::string& text, char32_t c) {
-  const auto put = [&](char32_t byte) { text += static_cast<char>(byte); };
-  if (c < 0x80) return put(c);
-  if (c < 0x800) {
-    put(0xC0 | c >> 6);
-  } else if (c < 0x10000) {
-    put(0xE0 | c >> 12);
-    put(0x80 | (c >> 6 & 0x3F));
-  } else {
-    put(0xF0 | c >> 18);
-    put(0x80 | (c >> 12 & 0x3F));
-    put(0x80 | (c >> 6 & 0x3F));
-  }
-  put(0x80 | (c & 0x3F));
-}
-
-std::string fromUTF16(std::string_view bytes) {
-  std::string text;
-  text.reserve(bytes.size());
-  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-    char32_t unit = static_cast<char32_t>(bigEndian(bytes.substr(i, 2)));
-    if (unit >= 0xD800 && unit < 0xDC00 && i + 3 < bytes.size()) {
-      const auto low = static_cast<char32_t>(bigEndian(bytes.substr(i + 2, 2)));
-      if (low >= 0xDC00 && low < 0xE000) {
-        unit = 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
-        i += 2;
-      }
-    }
-    appendUTF8(text, unit >= 0xD800 && unit < 0xE000 ? U'\uFFFD' : unit);
-  }
-  return text;
-}
-
 /// Walks the object table from the top object. Every use of an object is counted, so that objects
 /// which hold one another many times over, or in a circle, meet a limit.
 class Reader {
@@ -135,7 +102,7 @@ class Reader {
       case 0x6: {
         const std::uint64_t count = takeCount(offset);
         if (count > bytes_.size()) throw Malformed{"An object is cut off."};
-        return fromUTF16(content(offset, 2 * count));
+        return fromUTF16(content(offset, 2 * count), ByteOrder::bigEndian);
       }
       case 0x8:
         return PropertyList::Foreign{std::string(at(offset, 2 + (marker & 0x0F)))};

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "base/Digits.h"
+
 namespace annivo {
 
 namespace {
@@ -13,7 +15,6 @@ constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kSmallest = std::numeric_limits<std::int64_t>::min();
 
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::string_view withoutLeadingSpace(std::string_view text) {
   text.remove_prefix(

@@ -4,23 +4,17 @@
 #include <algorithm>
 #include <optional>
 
+#include "base/Base64.h"
 #include "base/Reason.h"
+#include "base/Text.h"
 #include "base/Unicode.h"
+#include "codecs/icalendar/ContentLine.h"
+#include "codecs/icalendar/ContentText.h"
 #include "codecs/vcard/VCardText.h"
 
 namespace annivo {
 
 namespace {
-
-/// The parts of a parameter list or of "name;params:value", cut where no quotation mark protects.
-std::size_t findOutsideQuotes(std::string_view text, char wanted, std::size_t from = 0) {
-  bool quoted = false;
-  for (std::size_t i = from; i < text.size(); ++i) {
-    if (text[i] == '"') quoted = !quoted;
-    if (text[i] == wanted && !quoted) return i;
-  }
-  return text.npos;
-}
 
 /// Quotation marks dropped, "^n" "^'" "^^" undone.
 std::string parameterValue(std::string_view raw) {
@@ -47,58 +41,77 @@ bool isEncodingName(const std::string& upper) {
 
 void addParameter(std::string_view raw, VCardProperty& property) {
   if (const auto equals = raw.find('='); equals != raw.npos) {
-    property.parameters.emplace_back(upperCased(trimmedText(raw.substr(0, equals))),
-                                     parameterValue(trimmedText(raw.substr(equals + 1))));
+    property.parameters.emplace_back(upperCased(trimmed(raw.substr(0, equals))),
+                                     parameterValue(trimmed(raw.substr(equals + 1))));
     return;
   }
-  std::string value = parameterValue(trimmedText(raw));
+  std::string value = parameterValue(trimmed(raw));
   const bool encoding = isEncodingName(upperCased(value));
   property.parameters.emplace_back(encoding ? "ENCODING" : "TYPE", std::move(value));
 }
 
-/// Name, group and parameters; nothing for what is no property.
-std::optional<VCardProperty> parseHead(std::string_view head) {
-  VCardProperty property;
-  std::size_t end = head.find(';');
-  std::string_view name = trimmedText(head.substr(0, end));
-  if (const auto dot = name.rfind('.'); dot != name.npos) {
-    property.group = upperCased(name.substr(0, dot));
-    name.remove_prefix(dot + 1);
+/// Nothing for what is no property.
+std::optional<VCardProperty> propertyOf(std::string_view unfolded) {
+  const ContentLine line(unfolded);
+  std::string_view name = line.name();
+  std::string_view parameters = line.parameters();
+  std::string_view value = line.value();
+  if (name.empty()) {  // A quotation mark that nothing closes hides the colon.
+    const std::size_t colon = unfolded.find(':');
+    if (colon == unfolded.npos) return std::nullopt;
+    name = unfolded.substr(0, std::min(unfolded.find(';'), colon));
+    parameters = unfolded.substr(name.size(), colon - name.size());
+    if (!parameters.empty()) parameters.remove_prefix(1);
+    value = unfolded.substr(colon + 1);
   }
+  name = trimmed(name);
+  VCardProperty property;
+  property.group = upperCased(takeGroup(name));
   if (name.empty()) return std::nullopt;
   property.name = upperCased(name);
-  while (end != head.npos) {
-    const std::size_t start = end + 1;
-    end = findOutsideQuotes(head, ';', start);
-    addParameter(head.substr(start, end == head.npos ? end : end - start), property);
-  }
+  while (!parameters.empty()) addParameter(takeParameter(parameters), property);
+  property.value = value;
   return property;
-}
-
-std::optional<VCardProperty> parseLine(std::string_view line) {
-  auto colon = findOutsideQuotes(line, ':');
-  if (colon == line.npos) colon = line.find(':');  // A quotation mark that nothing closes.
-  if (colon == line.npos) return std::nullopt;
-  auto property = parseHead(line.substr(0, colon));
-  if (property) property->value = line.substr(colon + 1);
-  return property;
-}
-
-std::string_view nextLine(std::string_view& text) {
-  const auto end = text.find('\n');
-  const std::string_view line = text.substr(0, end);
-  text.remove_prefix(end == text.npos ? text.size() : end + 1);
-  return line;
-}
-
-bool isFolded(std::string_view text) {
-  return !text.empty() && (text.front() == ' ' || text.front() == '\t');
 }
 
 /// Whether a quoted-printable value goes on in the next line.
 bool hasSoftBreak(std::string_view line) {
   return line.ends_with('=') &&
          upperCased(line.substr(0, line.find(':'))).find("QUOTED-PRINTABLE") != line.npos;
+}
+
+enum class FoldingSpace { dropped, kept };
+
+/// Takes a line off the text with all that continues it.
+std::string takeUnfolded(std::string_view& text, FoldingSpace space) {
+  const auto takeLine = [&] {
+    const std::size_t length = lengthOfPhysicalLine(text);
+    const std::string_view line = withoutLineEnd(text.substr(0, length));
+    text.remove_prefix(length);
+    return line;
+  };
+  std::string line(takeLine());
+  while (!text.empty()) {
+    if (hasSoftBreak(line)) {
+      line.pop_back();
+      line += takeLine();
+    } else if (isContinuation(text)) {
+      line += takeLine().substr(space == FoldingSpace::kept ? 0 : 1);
+    } else {
+      break;
+    }
+  }
+  return line;
+}
+
+/// What VERSION says, "" without one.
+std::string versionOf(std::string_view text) {
+  ContentLines lines(text);
+  ContentLine line;
+  while (lines.next(line)) {
+    if (line.named("VERSION")) return std::string(trimmed(line.value()));
+  }
+  return {};
 }
 
 }  // namespace
@@ -119,7 +132,7 @@ bool VCardProperty::parameterHolds(std::string_view parameterName, std::string_v
     if (key != parameterName) continue;
     const std::string upper = upperCased(text);
     for (const std::string_view part : unescapedParts(upper, ",")) {
-      if (trimmedText(part) == upperCased(wanted)) return true;
+      if (trimmed(part) == upperCased(wanted)) return true;
     }
   }
   return false;
@@ -127,30 +140,13 @@ bool VCardProperty::parameterHolds(std::string_view parameterName, std::string_v
 
 VCard VCard::parse(std::string_view text) {
   VCard card;
-  // The version is wanted before the first folded line: 2.1 folds at white space and keeps it.
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const std::string_view line = text.substr(at, text.find('\n', at) - at);
-    if (line.size() > 8 && upperCased(line.substr(0, 8)) == "VERSION:") {
-      card.version_ = trimmedText(line.substr(8));
-      break;
-    }
-    at += line.size() + 1;
-  }
-  const bool keepsFoldingSpace = card.version_ == "2.1";
+  // Wanted before the first folded line: 2.1 folds at white space and keeps it.
+  card.version_ = versionOf(text);
+  const FoldingSpace space = card.version_ == "2.1" ? FoldingSpace::kept : FoldingSpace::dropped;
   while (!text.empty()) {
-    std::string line(nextLine(text));
-    while (!text.empty()) {
-      if (hasSoftBreak(line)) {
-        line.pop_back();
-        line.append(nextLine(text));
-      } else if (isFolded(text)) {
-        line.append(nextLine(text).substr(keepsFoldingSpace ? 0 : 1));
-      } else {
-        break;
-      }
+    if (auto property = propertyOf(takeUnfolded(text, space))) {
+      card.properties_.push_back(std::move(*property));
     }
-    if (auto property = parseLine(line)) card.properties_.push_back(std::move(*property));
   }
   return card;
 }
@@ -188,15 +184,16 @@ Result<std::vector<std::string>> VCard::parts(const VCardProperty& property,
     for (const std::string_view part : unescapedParts(property.value, separators)) {
       auto text = toUTF8(property, quotedPrintableDecoded(part));
       if (!text) return text.error();
-      parts.push_back(unescaped(*text));
+      parts.push_back(unescapedText(*text, kEscapable));
     }
     return parts;
   }
   const bool base64 = encoding == "B" || encoding == "BASE64";
-  const auto text = toUTF8(property, base64 ? base64Decoded(property.value) : property.value);
+  const auto text =
+      toUTF8(property, base64 ? fromBase64AsFarAsItGoes(property.value) : property.value);
   if (!text) return text.error();
   for (const std::string_view part : unescapedParts(*text, separators)) {
-    parts.push_back(unescaped(part));
+    parts.push_back(unescapedText(part, kEscapable));
   }
   return parts;
 }

@@ -1,26 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "codecs/vcard/VCardDate.h"
 
-#include <charconv>
 #include <chrono>
 #include <optional>
 #include <vector>
 
+#include "base/Digits.h"
 #include "base/Reason.h"
-#include "codecs/vcard/VCardText.h"
+#include "base/Text.h"
 
 namespace annivo {
 
 namespace {
 
+/// Of digits only.
 std::optional<int> number(std::string_view digits) {
-  if (digits.empty() || digits.front() == '-') return std::nullopt;
-  int value = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-  if (error != std::errc() || end != digits.data() + digits.size()) {
-    return std::nullopt;
-  }
-  return value;
+  return digits.starts_with('-') ? std::nullopt : numberFromText<int>(digits);
 }
 
 /// The text cut at "-", "/" or ".".
@@ -79,7 +74,7 @@ std::string quoted(std::string_view text) {
 }  // namespace
 
 Result<StoredDay> vCardDay(const VCardProperty& property, std::string_view text) {
-  text = trimmedText(text);
+  text = trimmed(text);
   const std::string valueType = upperCased(property.parameter("VALUE"));
   if (valueType == "TEXT") return reason("is given in words" + quoted(text));
   const std::string calendar = upperCased(property.parameter("CALSCALE"));
@@ -104,7 +99,10 @@ Result<StoredDay> vCardDay(const VCardProperty& property, std::string_view text)
   const std::chrono::year_month_day civil{std::chrono::year(day.year),
                                           std::chrono::month(static_cast<unsigned>(day.month)),
                                           std::chrono::day(static_cast<unsigned>(day.day))};
-  if (!civil.ok()) return reason("is no day of the calendar" + quoted(text));
+  // The types of the library hold no more than a byte of a month and a day.
+  if (day.month > 12 || day.day > 31 || !civil.ok()) {
+    return reason("is no day of the calendar" + quoted(text));
+  }
   return day;
 }
 

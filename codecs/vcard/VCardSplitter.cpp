@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "codecs/vcard/VCardSplitter.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <array>
 #include <utility>
+
+#include "base/Text.h"
+#include "codecs/icalendar/ContentLine.h"
+#include "codecs/vcard/VCardText.h"
 
 namespace annivo {
 
@@ -13,23 +15,10 @@ namespace {
 
 constexpr std::size_t kDecidedBy = 4096;  // of a line: its name has been seen by then
 
-bool equalsIgnoringCase(std::string_view left, std::string_view right) {
-  return left.size() == right.size() && strncasecmp(left.data(), right.data(), left.size()) == 0;
-}
-
-std::string_view trimmed(std::string_view line) {
-  while (!line.empty() && (line.back() == ' ' || line.back() == '\t')) line.remove_suffix(1);
-  return line;
-}
-
-bool isFolded(std::string_view line) {
-  return !line.empty() && (line.front() == ' ' || line.front() == '\t');
-}
-
 /// The property's name, without its group.
 std::string_view nameOf(std::string_view line) {
   std::string_view name = line.substr(0, line.find_first_of(";:"));
-  if (const auto dot = name.rfind('.'); dot != name.npos) name.remove_prefix(dot + 1);
+  takeGroup(name);
   return name;
 }
 
@@ -62,7 +51,7 @@ void VCardSplitter::appendToLine(std::string_view piece) {
   if (discardRest_) return;
   line_.append(piece);
   if (line_.size() <= kDecidedBy) return;
-  if (!inCard_ || isBulk(line_) || (dropping_ && isFolded(line_))) {
+  if (!inCard_ || isBulk(line_) || (dropping_ && isContinuation(line_))) {
     line_.resize(kDecidedBy);
     discardRest_ = true;
   } else if (line_.size() > kCardLimit) {
@@ -74,8 +63,7 @@ void VCardSplitter::appendToLine(std::string_view piece) {
 
 void VCardSplitter::endLine() {
   ++lineNumber_;
-  std::string_view line = line_;
-  if (line.ends_with('\r')) line.remove_suffix(1);
+  std::string_view line = withoutLineEnd(line_);
   if (lineNumber_ == 1 && line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
   takeLine(line);
   line_.clear();
@@ -83,7 +71,7 @@ void VCardSplitter::endLine() {
 }
 
 void VCardSplitter::takeLine(std::string_view line) {
-  if (equalsIgnoringCase(trimmed(line), "BEGIN:VCARD")) {
+  if (equalsIgnoringCase(trimmedEnd(line, " \t"), "BEGIN:VCARD")) {
     if (inCard_ && (afterAgent_ || depth_ > 0)) {
       ++depth_;
       return;
@@ -91,7 +79,7 @@ void VCardSplitter::takeLine(std::string_view line) {
     if (inCard_) deliver("the card never ends (END:VCARD is missing)");
     inCard_ = true;
     card_.line = lineNumber_;
-  } else if (inCard_ && equalsIgnoringCase(trimmed(line), "END:VCARD")) {
+  } else if (inCard_ && equalsIgnoringCase(trimmedEnd(line, " \t"), "END:VCARD")) {
     if (depth_ > 0) {
       --depth_;
     } else {
@@ -104,7 +92,7 @@ void VCardSplitter::takeLine(std::string_view line) {
 
 void VCardSplitter::takePropertyLine(std::string_view line) {
   // Older writers do not indent the lines of base64 text; those hold no colon.
-  if (dropping_ && (isFolded(line) || line.find(':') == line.npos)) return;
+  if (dropping_ && (isContinuation(line) || line.find(':') == line.npos)) return;
   dropping_ = isBulk(line);
   afterAgent_ = equalsIgnoringCase(nameOf(line), "AGENT") && line.ends_with(':');
   if (dropping_ || tooLong_) return;

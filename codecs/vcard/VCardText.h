@@ -11,19 +11,16 @@ namespace annivo {
 
 /// "=C3=BC" to its bytes; what is no such code stays as it is.
 [[nodiscard]] std::string quotedPrintableDecoded(std::string_view text);
-/// Base64 to its bytes; white space is passed over, decoding ends at padding or any other byte.
-[[nodiscard]] std::string base64Decoded(std::string_view text);
 /// `bytes` in `charset` as UTF-8. Refused for an unknown charset, malformed for bytes that it does
 /// not have.
 [[nodiscard]] Result<std::string> convertedToUTF8(std::string_view bytes,
                                                   const std::string& charset);
-/// The escapes "\n" "\N" "\," "\;" "\:" "\\" undone; any other backslash stays.
-[[nodiscard]] std::string unescaped(std::string_view text);
+/// What a backslash may stand before in a value, beside "n" and "N".
+inline constexpr std::string_view kEscapable = ",;:\\";
 /// Cut at each of `separators` that no backslash precedes. Always at least one part.
 [[nodiscard]] std::vector<std::string_view> unescapedParts(std::string_view text,
                                                            std::string_view separators);
-[[nodiscard]] std::string upperCased(std::string_view ascii);
-/// Without white space at both ends.
-[[nodiscard]] std::string_view trimmedText(std::string_view text);
+/// Takes the group ("item1" of "item1.X-ABDATE") off a property's name; "" where it has none.
+std::string_view takeGroup(std::string_view& name);
 
 }  // namespace annivo

@@ -12,11 +12,10 @@ namespace annivo {
 /// Whether XML 1.0 can hold the text: valid UTF-8 without control characters other than tab, line
 /// feed and carriage return, and without U+FFFE and U+FFFF.
 [[nodiscard]] bool isXMLText(std::string_view text);
+/// `text` as XML 1.0 can hold it: U+FFFD in the place of each character and byte that it cannot.
+[[nodiscard]] std::string repairedXMLText(std::string_view text);
 /// Appends `text` with &, <, > and carriage returns escaped.
 void appendEscaped(std::string& out, std::string_view text);
-[[nodiscard]] std::string base64(std::string_view bytes);
-/// White space is passed over; nothing for what is no base64.
-[[nodiscard]] std::optional<std::string> fromBase64(std::string_view text);
 
 /// Seconds since 2001 with 20 decimals, exact.
 [[nodiscard]] std::string storeDateText(Date date);

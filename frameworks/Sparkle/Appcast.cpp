@@ -2,10 +2,11 @@
 #include "frameworks/Sparkle/Appcast.h"
 
 #include <algorithm>
-#include <cctype>
 #include <optional>
 
 #include <pugixml.hpp>
+
+#include "base/Text.h"
 
 namespace annivo {
 
@@ -16,13 +17,6 @@ constexpr std::size_t kLongestVersion = 256;
 /// Declarations of namespaces are looked for among this many attributes of an element, so that a
 /// feed of nothing but attributes cannot make the search quadratic.
 constexpr int kMostAttributes = 64;
-
-std::string trimmed(const std::string& text) {
-  constexpr const char* kBlanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 /// The URI that `declaration` ("xmlns" or "xmlns:<prefix>") is bound to at an element.
 std::string_view boundNamespace(pugi::xml_node element, const std::string& declaration) {
@@ -55,7 +49,7 @@ std::string textOf(pugi::xml_node element) {
       text += child.value();
     }
   }
-  return trimmed(text);
+  return std::string(trimmed(text));
 }
 
 /// The text of an item's first element of that name in the update namespace; "" without one.
@@ -68,7 +62,8 @@ std::string sparkleElement(pugi::xml_node item, std::string_view local) {
 
 std::string sparkleAttribute(pugi::xml_node element, std::string_view local) {
   for (const pugi::xml_attribute attribute : element.attributes()) {
-    if (isNamed(element, attribute.name(), local, true)) return trimmed(attribute.value());
+    if (isNamed(element, attribute.name(), local, true))
+      return std::string(trimmed(attribute.value()));
   }
   return "";
 }
@@ -112,8 +107,9 @@ std::string firstOf(std::initializer_list<std::string> texts) {
 std::optional<AppcastItem> parseItem(pugi::xml_node item) {
   const pugi::xml_node enclosure = suitableEnclosure(item);
   if (!enclosure && item.child("enclosure")) return std::nullopt;
-  const std::string address = escapedSpaces(enclosure ? trimmed(enclosure.attribute("url").value())
-                                                      : textOf(item.child("link")));
+  const std::string address =
+      escapedSpaces(enclosure ? std::string(trimmed(enclosure.attribute("url").value()))
+                              : textOf(item.child("link")));
   if (!isWebAddress(address)) return std::nullopt;
   const std::string version =
       firstOf({sparkleAttribute(enclosure, "version"), sparkleElement(item, "version"),
@@ -140,14 +136,9 @@ Error malformed(const std::string& description, const std::string& reason) {
 }  // namespace
 
 bool isWebAddress(std::string_view address) {
-  for (const std::string_view scheme : {"http://", "https://"}) {
+  for (const std::string_view scheme : {"HTTP://", "HTTPS://"}) {
     const std::string_view start = address.substr(0, scheme.size());
-    if (address.size() > scheme.size() &&
-        std::equal(start.begin(), start.end(), scheme.begin(), [](char a, char b) {
-          return std::tolower(static_cast<unsigned char>(a)) == b;
-        })) {
-      return true;
-    }
+    if (address.size() > scheme.size() && equalsIgnoringCase(start, scheme)) return true;
   }
   return false;
 }

@@ -6,6 +6,8 @@
 #include <limits>
 #include <vector>
 
+#include "base/Digits.h"
+
 namespace annivo {
 
 namespace {
@@ -22,8 +24,6 @@ struct Part {
 
 constexpr Part kZero{.kind = Kind::number, .number = 0, .text = "0"};
 constexpr Part kPeriod{.kind = Kind::separator, .number = 0, .text = "."};
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// Length of the separator at the front of `text`, 0 when there is none. Beside ASCII: the spaces
 /// and the punctuation of Latin-1, U+2000 to U+206F and U+3000 to U+3003; symbols are no

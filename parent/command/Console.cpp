@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "base/Text.h"
+#include "base/Digits.h"
 #include "base/Unicode.h"
 #include "parent/settings/Words.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include <charconv>
 #include <map>
 
+#include "base/Digits.h"
 #include "parent/settings/Settings.h"
 #include "parent/settings/Words.h"
 #include "platform/LoggingSwitch.h"
@@ -59,10 +59,9 @@ void setInterval(Session& session, const std::vector<std::string>& words) {
     days = named->second;
   } else {
     const std::string& text = words.front();
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), days);
+    days = numberFromText<std::int64_t>(text).value_or(0);
     const std::string unit = words.size() == 2 ? words[1] : "days";
-    if (error != std::errc() || end != text.data() + text.size() || days < 1 || days > 3650 ||
-        (unit != "days" && unit != "day")) {
+    if (days < 1 || days > 3650 || (unit != "days" && unit != "day")) {
       throw Refusal{"give daily, weekly, monthly or 1 to 3650 days"};
     }
   }

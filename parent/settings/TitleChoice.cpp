@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "base/Reason.h"
-#include "codecs/vcard/VCardText.h"
+#include "base/Text.h"
 #include "contacts/ZPKAddressBookDates.h"
 #include "format/Occurrences.h"
 #include "format/SpecialCharacters.h"
@@ -15,7 +15,7 @@ namespace annivo {
 namespace {
 
 std::string comparable(std::string_view word) {
-  std::string text = upperCased(trimmedText(word));
+  std::string text = upperCased(trimmed(word));
   std::replace_if(
       text.begin(), text.end(), [](char c) { return c == '-' || c == '_'; }, ' ');
   return text;
@@ -32,24 +32,23 @@ bool isToken(std::string_view element) {
   return std::find(kTokens.begin(), kTokens.end(), element) != kTokens.end();
 }
 
-std::string lowerCased(std::string_view token) {
+/// With its first letter in lower case, as a person writes it.
+std::string written(std::string_view token) {
   std::string text(token);
-  if (!text.empty() && text[0] >= 'A' && text[0] <= 'Z') {
-    text[0] = static_cast<char>(text[0] - 'A' + 'a');
-  }
+  if (!text.empty()) text[0] = lowerCased(text[0]);
   return text;
 }
 
 std::string tokenList() {
   std::string list;
   for (const std::string_view token : kTokens) {
-    list += (list.empty() ? "{" : ", {") + lowerCased(token) + '}';
+    list += (list.empty() ? "{" : ", {") + written(token) + '}';
   }
   return list;
 }
 
 Result<void> addLiteral(std::string_view text, std::vector<std::string>& elements) {
-  const std::string_view literal = trimmedText(text);
+  const std::string_view literal = trimmed(text);
   if (literal.empty()) return {};
   if (isToken(literal)) {
     return reason("the word \"" + std::string(literal) +
@@ -98,7 +97,7 @@ std::string templateText(const std::vector<std::string>& titleFormat) {
   std::string text;
   for (const std::string& element : titleFormat) {
     if (!text.empty()) text += ' ';
-    text += isToken(element) ? '{' + lowerCased(element) + '}' : element;
+    text += isToken(element) ? '{' + written(element) + '}' : element;
   }
   return replaceSpecialCharactersIn(text);
 }
@@ -106,7 +105,7 @@ std::string templateText(const std::vector<std::string>& titleFormat) {
 std::vector<std::string> tokenWords() {
   std::vector<std::string> words;
   for (const std::string_view token : kTokens) {
-    std::string word = lowerCased(token);
+    std::string word = written(token);
     std::replace(word.begin(), word.end(), ' ', '-');
     words.push_back(std::move(word));
   }

@@ -4,8 +4,8 @@
 #include <array>
 #include <cstdio>
 
+#include "base/Digits.h"
 #include "base/StoredDay.h"
-#include "base/Text.h"
 #include "base/Unicode.h"
 
 namespace annivo {

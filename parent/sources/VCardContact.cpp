@@ -6,6 +6,7 @@
 #include <set>
 
 #include "base/Reason.h"
+#include "base/Text.h"
 #include "codecs/vcard/VCardDate.h"
 #include "codecs/vcard/VCardText.h"
 #include "platform/addressbook/ABAddressBook.h"
@@ -24,7 +25,7 @@ bool isAnniversary(const std::string& name) {
 }
 
 std::optional<std::string> unlessEmpty(std::string_view text) {
-  text = trimmedText(text);
+  text = trimmed(text);
   return text.empty() ? std::nullopt : std::optional<std::string>(text);
 }
 
@@ -107,14 +108,14 @@ class Reader {
   Result<void> takeKind(const VCardProperty& property) {
     auto text = card_.text(property);
     if (!text) return text.error();
-    kind_ = upperCased(trimmedText(*text));
+    kind_ = upperCased(trimmed(*text));
     return {};
   }
 
   Result<void> takeMember(const VCardProperty& property) {
     auto text = card_.text(property);
     if (!text) return text.error();
-    contact_.members.emplace_back(trimmedText(*text));
+    contact_.members.emplace_back(trimmed(*text));
     return {};
   }
 
@@ -122,7 +123,7 @@ class Reader {
     const auto parts = card_.parts(property, card_.version() == "2.1" ? ",;" : ",");
     if (!parts) return parts.error();
     for (const std::string& part : *parts) {
-      const std::string_view category = trimmedText(part);
+      const std::string_view category = trimmed(part);
       auto& all = contact_.categories;
       if (!category.empty() && std::find(all.begin(), all.end(), category) == all.end()) {
         all.emplace_back(category);
@@ -175,7 +176,7 @@ class Reader {
   Result<std::optional<StoredDay>> dayOf(const VCardProperty& property) {
     const auto text = card_.text(property);
     if (!text) return text.error();
-    if (trimmedText(*text).empty()) return std::optional<StoredDay>();
+    if (trimmed(*text).empty()) return std::optional<StoredDay>();
     const auto day = vCardDay(property, *text);
     if (day) return std::optional(*day);
     contact_.leftOut.push_back(property.name + ": " + day.error().description);

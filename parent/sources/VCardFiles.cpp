@@ -14,6 +14,7 @@
 #include <optional>
 
 #include "base/Reason.h"
+#include "base/Text.h"
 #include "codecs/vcard/VCardText.h"
 #include "platform/foundation/Descriptor.h"
 

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <optional>
 
+#include "base/Text.h"
 #include "base/Unicode.h"
 
 namespace annivo {
@@ -35,9 +36,7 @@ std::optional<std::string> readLine(int in) {
     if (c == '\n') break;
     if (line.size() < kLongestLine) line += c;
   }
-  const std::size_t first = line.find_first_not_of(" \t\r");
-  if (first == std::string::npos) return "";
-  return line.substr(first, line.find_last_not_of(" \t\r") - first + 1);
+  return std::string(trimmed(line));
 }
 
 std::optional<AlertAnswer> answerNamed(const std::string& line,

@@ -3,19 +3,13 @@
 
 #include <algorithm>
 
+#include "base/Text.h"
+
 namespace annivo {
 
 namespace {
 
 constexpr std::string_view kDigits = "0123456789";
-
-std::string upperCase(std::string_view text) {
-  std::string upper(text);
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
-}
 
 Error malformedStore(const std::string& path, const std::string& why) {
   return {.kind = Error::Kind::malformed,
@@ -58,8 +52,8 @@ Result<void> SQLiteSchema::readTables(const SQLiteDatabase& database) {
     const auto row = statement->step();
     if (!row) return row.error();
     if (!*row) return {};
-    tables_[upperCase(statement->text(0).value_or(""))].push_back(
-        upperCase(statement->text(1).value_or("")));
+    tables_[upperCased(statement->text(0).value_or(""))].push_back(
+        upperCased(statement->text(1).value_or("")));
   }
 }
 
@@ -121,14 +115,14 @@ std::vector<SQLiteSchema::Kind> SQLiteSchema::kindsOf(const NSEntityDescription&
 std::string SQLiteSchema::tableOf(const NSEntityDescription& entity) const {
   const NSEntityDescription* root = &entity;
   while (!root->superentity.empty()) root = model_->entityForName(root->superentity);
-  return "Z" + upperCase(root->name);
+  return "Z" + upperCased(root->name);
 }
 
 std::optional<std::string> SQLiteSchema::column(const std::string& table,
                                                 std::string_view property) const {
   const auto found = tables_.find(table);
   if (found == tables_.end()) return std::nullopt;
-  std::string name = "Z" + upperCase(property);
+  std::string name = "Z" + upperCased(property);
   const auto& columns = found->second;
   if (std::find(columns.begin(), columns.end(), name) == columns.end()) return std::nullopt;
   return name;
@@ -136,7 +130,7 @@ std::optional<std::string> SQLiteSchema::column(const std::string& table,
 
 std::optional<SQLiteSchema::JoinTable> SQLiteSchema::joinTable(
     const Kind& kind, const NSRelationshipDescription& relationship) const {
-  const std::string name = upperCase(relationship.name);
+  const std::string name = upperCased(relationship.name);
   // The table is numbered after the entity that declares the relationship: this or an ancestor.
   for (const std::int64_t number : ancestry(kind.number)) {
     const std::string table = "Z_" + std::to_string(number) + name;

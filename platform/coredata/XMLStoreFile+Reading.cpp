@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <charconv>
 
 #include <pugixml.hpp>
 
+#include "base/Base64.h"
+#include "base/Digits.h"
+#include "base/Text.h"
 #include "codecs/xml/XMLElements.h"
 #include "codecs/xml/XMLText.h"
 #include "platform/coredata/XMLStoreFile.h"
@@ -26,13 +28,7 @@ Error malformed(std::string reason) {
 }
 
 std::optional<std::int64_t> number(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(" \t\r\n");
-  if (begin == std::string_view::npos) return std::nullopt;
-  text = text.substr(begin, text.find_last_not_of(" \t\r\n") + 1 - begin);
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
+  return numberFromText<std::int64_t>(trimmed(text));
 }
 
 /// The number of an id "z102".
@@ -41,9 +37,6 @@ std::optional<std::int64_t> objectNumber(std::string_view id) {
   const auto value = number(id.substr(1));
   return value && *value > 0 && *value <= kHighestID ? value : std::nullopt;
 }
-
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 /// Whether `given` is the name in the model with each letter of it folded.
 template <char (*fold)(char)>
@@ -54,7 +47,7 @@ bool isFolded(std::string_view given, std::string_view modelled) {
 
 const NSEntityDescription* entityForType(const NSManagedObjectModel& model, std::string_view type) {
   for (const auto& [name, entity] : model.entities()) {
-    if (isFolded<upper>(type, name)) return &entity;
+    if (isFolded<upperCased>(type, name)) return &entity;
   }
   return nullptr;
 }
@@ -97,7 +90,7 @@ bool readAttributes(const pugi::xml_node& object, const NSEntityDescription& ent
     const std::string_view name = child.attribute("name").value();
     for (std::size_t tried = 0; tried < count; ++tried, likely = (likely + 1) % count) {
       const auto& attribute = entity.attributes[likely];
-      if (!isFolded<lower>(name, attribute.name)) continue;
+      if (!isFolded<lowerCased>(name, attribute.name)) continue;
       auto value = attributeValue(attribute.type, child.attribute("type").value(), textOf(child));
       readable = readable && !value.isNil();
       take(likely, std::move(value));

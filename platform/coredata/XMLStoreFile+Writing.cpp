@@ -3,6 +3,8 @@
 
 #include <pugixml.hpp>
 
+#include "base/Base64.h"
+#include "base/Text.h"
 #include "codecs/xml/XMLText.h"
 #include "platform/coredata/XMLStoreFile.h"
 
@@ -13,15 +15,6 @@ namespace {
 constexpr const char* kGeneration = "AnnivoGeneration";
 constexpr unsigned kVerbatim =
     (pugi::parse_full & ~pugi::parse_eol) | pugi::parse_ws_pcdata | pugi::parse_fragment;
-
-std::string mapped(std::string text, char first, char last, int shift) {
-  for (char& c : text) {
-    if (c >= first && c <= last) c = static_cast<char>(c + shift);
-  }
-  return text;
-}
-std::string upperCased(std::string text) { return mapped(std::move(text), 'a', 'z', 'A' - 'a'); }
-std::string lowerCased(std::string text) { return mapped(std::move(text), 'A', 'Z', 'a' - 'A'); }
 
 void appendAttribute(std::string& out, const NSAttributeDescription& attribute,
                      const PropertyList& value) {

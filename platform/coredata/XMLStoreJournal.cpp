@@ -6,6 +6,7 @@
 #include <iterator>
 #include <optional>
 
+#include "base/Digits.h"
 #include "platform/coredata/ContentHash.h"
 
 namespace annivo {
@@ -17,12 +18,8 @@ constexpr std::int64_t kVersion = 1;
 /// Before that of every file.
 constexpr std::int64_t kNoGeneration = -1;
 
-std::string hexadecimal(std::uint64_t value) {
-  constexpr const char* kDigits = "0123456789abcdef";
-  std::string text(16, '0');
-  for (auto at = text.rbegin(); at != text.rend(); ++at, value >>= 4) *at = kDigits[value & 15];
-  return text;
-}
+/// Of a hash.
+std::string hexadecimal(std::uint64_t value) { return hexDigits(value, 16); }
 
 /// Reads lines of words; each operation is false when the text does not go on like that.
 class Cursor {

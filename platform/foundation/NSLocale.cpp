@@ -2,18 +2,12 @@
 #include "platform/foundation/NSLocale.h"
 
 #include <algorithm>
-#include <cctype>
+
+#include "base/Text.h"
 
 namespace annivo {
 
 namespace {
-
-std::string lowered(std::string_view text) {
-  std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return result;
-}
 
 bool isTraditionalChinese(const std::string& tag) {
   static constexpr std::string_view kMarks[] = {"hant", "tw", "hk", "mo"};
@@ -35,7 +29,7 @@ std::vector<std::string> split(const std::string& list) {
 }  // namespace
 
 std::string bareLanguage(std::string_view tag) {
-  const std::string name = lowered(tag.substr(0, tag.find_first_of(".@")));
+  const std::string name = lowerCased(tag.substr(0, tag.find_first_of(".@")));
   std::string language = name.substr(0, name.find_first_of("_-"));
   const bool letters =
       std::all_of(language.begin(), language.end(), [](char c) { return c >= 'a' && c <= 'z'; });

@@ -95,6 +95,33 @@ TEST(UTF8, IsValidOnlyInItsShortestFormsWithoutSurrogates) {
   }
 }
 
+TEST(UTF8, IsWrittenForEveryCodePointAndForWhatIsNone) {
+  const std::pair<char32_t, const char*> rows[] = {{U'A', "A"},
+                                                   {0x7FF, "\xDF\xBF"},
+                                                   {0x800, "\xE0\xA0\x80"},
+                                                   {0xD800, "\uFFFD"},
+                                                   {0xDFFF, "\uFFFD"},
+                                                   {0xE000, "\xEE\x80\x80"},
+                                                   {0xFFFF, "\xEF\xBF\xBF"},
+                                                   {0x10FFFF, "\xF4\x8F\xBF\xBF"},
+                                                   {0x110000, "\uFFFD"}};
+  for (const auto& [point, expected] : rows) {
+    std::string text = "<";
+    appendUTF8(text, point);
+    EXPECT_EQ(text, std::string("<") + expected);
+  }
+}
+
+TEST(UTF16, IsReadInBothByteOrders) {
+  using namespace std::string_view_literals;
+  EXPECT_EQ(fromUTF16("\0A\0\xE9\xD8\x3C\xDF\x82"sv, ByteOrder::bigEndian), "Aé\U0001F382");
+  EXPECT_EQ(fromUTF16("A\0\xE9\0\x3C\xD8\x82\xDF"sv, ByteOrder::littleEndian), "Aé\U0001F382");
+  EXPECT_EQ(fromUTF16("\xD8\0\0A"sv, ByteOrder::bigEndian), "\uFFFDA");
+  EXPECT_EQ(fromUTF16("\xDC\0\0A"sv, ByteOrder::bigEndian), "\uFFFDA");
+  EXPECT_EQ(fromUTF16("\0A\xD8"sv, ByteOrder::bigEndian), "A");
+  EXPECT_EQ(fromUTF16("\0A\xD8\x3C"sv, ByteOrder::bigEndian), "A\uFFFD");
+}
+
 TEST(Columns, AreThoseOfATerminal) {
   const std::pair<const char*, std::size_t> rows[] = {
       {"", 0}, {"Ann", 3}, {"J\u00F6rg", 4}, {"Zoe\u0308", 3}, {"\u5C71\u7530", 4}, {"\xFF", 1}};

@@ -51,6 +51,17 @@ TEST(ContentLines, UnfoldsLinesWhereverTheyAreFolded) {
   EXPECT_EQ(lines[0].raw, "SUM\r\n MARY;LANG\n\tUAGE=d\r\n e:\xC3\r\n \xA4\r\n  b\r\n");
 }
 
+TEST(ContentLine, GivesUpItsParametersOneByOne) {
+  const ContentLine line("N;A=1;B=\"x;y:z\";C;;D=e\"f;g\"h:value");
+  std::string_view rest = line.parameters();
+  for (const char* expected : {"A=1", "B=\"x;y:z\"", "C", "", "D=e\"f;g\"h"}) {
+    EXPECT_EQ(takeParameter(rest), expected);
+  }
+  EXPECT_EQ(rest, "");
+  EXPECT_EQ(line.name(), "N");
+  EXPECT_EQ(line.value(), "value");
+}
+
 TEST(ContentLines, ALineWithoutColonHasNoName) {
   for (const char* text : {"nothing\r\n", "\r\n", ";\r\n", "A;B=\"x:y\r\n", "A;B\r\n"}) {
     const auto lines = linesOf(text);

@@ -94,6 +94,12 @@ TEST(AppendContentLine, FoldsNothingThatFits) {
   }
 }
 
+TEST(ContentText, UndoesOnlyTheEscapesItIsTold) {
+  EXPECT_EQ(unescapedText("a\\,b\\;c\\N\\x\\\\n\\"), "a,b;c\nx\\n\\");
+  EXPECT_EQ(unescapedText("a\\,b\\;c\\N\\x\\\\n\\", ",\\"), "a,b\\;c\n\\x\\n\\");
+  EXPECT_EQ(unescapedText("\\x\\,", ","), "\\x,");
+}
+
 TEST(ContentText, RandomTextsSurviveTheWayThroughALine) {
   std::mt19937 random(20261120);
   for (int round = 0; round < 2000; ++round) {

@@ -66,6 +66,8 @@ INSTANTIATE_TEST_SUITE_P(
             "is in the calendar \"CHINESE\" (\"1980-06-10\")"},
         Row{"NoSuchLeapDay", "BDAY:1981-02-29", "is no day of the calendar (\"1981-02-29\")"},
         Row{"NoSuchMonth", "BDAY:1980-13-01", "is no day of the calendar (\"1980-13-01\")"},
+        Row{"MonthPastAByte", "BDAY:1980-257-01", "is no day of the calendar (\"1980-257-01\")"},
+        Row{"DayPastAByte", "BDAY:1980-1-257", "is no day of the calendar (\"1980-1-257\")"},
         Row{"DayZero", "BDAY:1980-06-00", "is no day of the calendar (\"1980-06-00\")"},
         Row{"DayFirst", "BDAY:10/06/1980", "is no date that can be read (\"10/06/1980\")"},
         Row{"OpenEnd", "BDAY:1980-", "is no date that can be read (\"1980-\")"},
