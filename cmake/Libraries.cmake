@@ -2,7 +2,6 @@
 find_package(PkgConfig REQUIRED)
 find_package(CLI11 REQUIRED)
 find_package(CURL REQUIRED)
-pkg_check_modules(plist REQUIRED IMPORTED_TARGET libplist-2.0)
 
 # A run of the agent lasts a few milliseconds, and each shared library costs a part of one at its
 # start: where there is a static archive of what the agent links, it goes before the shared one.

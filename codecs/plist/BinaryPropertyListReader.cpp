@@ -10,10 +10,7 @@ namespace annivo {
 
 namespace {
 
-/// Why a list cannot be read; caught by readBinaryPropertyList.
-struct Malformed {
-  const char* reason;
-};
+using Malformed = MalformedPropertyList;
 
 std::uint64_t bigEndian(std::string_view bytes) {
   std::uint64_t value = 0;
@@ -194,15 +191,8 @@ class Reader {
 
 }  // namespace
 
-std::optional<PropertyList> readBinaryPropertyList(std::string_view bytes,
-                                                   const PropertyListLimits& limits,
-                                                   std::string& reason) {
-  try {
-    return Reader(bytes, limits).read();
-  } catch (const Malformed& malformed) {
-    reason = malformed.reason;
-    return std::nullopt;
-  }
+PropertyList readBinaryPropertyList(std::string_view bytes, const PropertyListLimits& limits) {
+  return Reader(bytes, limits).read();
 }
 
 }  // namespace annivo

@@ -7,11 +7,11 @@
 
 namespace annivo {
 
-namespace {
-
 void appendBigEndian(std::string& bytes, std::uint64_t value, unsigned size) {
   for (unsigned i = size; i > 0; --i) bytes += static_cast<char>(value >> (8 * (i - 1)) & 0xFF);
 }
+
+namespace {
 
 unsigned bytesFor(std::uint64_t largest) {
   unsigned size = 1;

@@ -88,14 +88,14 @@ class PropertyList {
 
 /// Reads a binary or XML property list. Refuses, as malformed, what is over 16 MiB, nested deeper
 /// than 64, of more than 1,000,000 nodes or 64 MiB of text and data (a binary form can name one
-/// object many times), and what is neither form. Invalid UTF-8 is repaired. `name` is the file
-/// named in the error.
+/// object many times), what is neither form, and what could be read in part only. Invalid UTF-8 is
+/// repaired; XML may be UTF-16 with a byte order mark. `name` is the file named in the error.
 [[nodiscard]] Result<PropertyList> parsePropertyList(std::string_view bytes,
                                                      const std::string& name);
 /// The binary form; dates keep their fraction. Nil values inside are left out.
 [[nodiscard]] std::string binaryPropertyList(const PropertyList& value);
-/// The XML form; dates are whole seconds, characters that XML forbids become U+FFFD. Foreign values
-/// are left out: most have no form in XML.
+/// The XML form, keys sorted; dates are whole seconds, characters that XML forbids become U+FFFD.
+/// Foreign values and nil are left out: most have no form in XML.
 [[nodiscard]] std::string xmlPropertyList(const PropertyList& value);
 
 }  // namespace annivo

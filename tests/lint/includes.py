@@ -15,7 +15,7 @@ WITHOUT_SYSTEM = ("base", "codecs", "calendar", "contacts", "format", "run")
 MAY_USE_SYSTEM = {"run/main.cpp", "base/UUID.cpp"}
 PLAIN = {"cstdio", "cstdlib"}
 # Headers as the table names them, by library.
-LIBRARIES = {"cctz": "cctz/", "utf8proc": "utf8proc.h", "libplist": "plist/", "libuuid": "uuid/",
+LIBRARIES = {"cctz": "cctz/", "utf8proc": "utf8proc.h", "libuuid": "uuid/",
              "pugixml": "pugixml.hpp", "SQLite": "sqlite3.h", "libcurl": "curl/", "CLI11": "CLI/",
              "libical": "libical/"}
 MOST_UNITS = 25

@@ -7,7 +7,6 @@
 #include <limits>
 #include <random>
 
-#include "codecs/plist/BinaryPropertyList.h"
 #include "codecs/plist/PropertyList.h"
 #include "tests/support/Doubles.h"
 #include "tests/support/TemporaryFolder.h"
