@@ -3,19 +3,17 @@
 // among them is the highest version.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "frameworks/Sparkle/Appcast.h"
 #include "frameworks/Sparkle/UpdateChoice.h"
 #include "frameworks/Sparkle/VersionComparator.h"
+#include "tests/fuzz/require.h"
 
 namespace annivo {
 namespace {
 
-void require(bool condition) {
-  if (!condition) std::abort();
-}
+using fuzz::require;
 
 void checkOrder(std::string_view a, std::string_view b) {
   require(compareVersions(a, a) == 0);

@@ -2,8 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,14 +9,9 @@
 #include "codecs/icalendar/ContentLine.h"
 #include "codecs/icalendar/EventFile.h"
 #include "codecs/icalendar/EventLines.h"
+#include "tests/fuzz/require.h"
 
 namespace annivo::fuzz {
-
-inline void require(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "violated: %s\n", what);
-  std::abort();
-}
 
 /// The raw lines of a text without those that a change of title replaces.
 inline std::vector<std::string> otherLines(std::string_view text) {

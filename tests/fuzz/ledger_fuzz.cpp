@@ -8,6 +8,7 @@
 
 #include "platform/coredata/XMLStoreFile.h"
 #include "platform/coredata/XMLStoreJournal.h"
+#include "tests/fuzz/require.h"
 
 namespace annivo {
 namespace {
@@ -30,9 +31,7 @@ bool sameValues(const NSManagedObject& a, const NSManagedObject& b) {
   return a.objectID() == b.objectID();
 }
 
-void require(bool condition) {
-  if (!condition) std::abort();
-}
+using fuzz::require;
 
 void checkFile(std::string_view bytes) {
   auto content = parseXMLStore(bytes, model());

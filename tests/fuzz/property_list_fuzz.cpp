@@ -1,20 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as a property list: read without harm; what was read is written in the binary form and
-// read back equal, and in the XML form and read back at all.
+// read back equal, and in the XML form, read back, and written the same again.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "codecs/plist/PropertyList.h"
+#include "tests/fuzz/require.h"
 
-namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
+using annivo::fuzz::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
@@ -26,6 +20,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // By their bytes: a number that is none does not equal itself.
   require(annivo::binaryPropertyList(*again) == binary);
   if (list->foreign()) return 0;  // which has no XML form
-  require(annivo::parsePropertyList(annivo::xmlPropertyList(*list), "xml.plist").ok());
+  const std::string xml = annivo::xmlPropertyList(*list);
+  const auto fromXML = annivo::parsePropertyList(xml, "xml.plist");
+  require(fromXML.ok());
+  require(annivo::xmlPropertyList(*fromXML) == xml);
   return 0;
 }
