@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "base/Text.h"
 
+#include <algorithm>
+
 #include "base/Digits.h"
 
 namespace annivo {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -34,17 +33,21 @@ namespace annivo {
   return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-inline constexpr std::string_view kSpace = " \t\r\n\f\v";
+[[nodiscard]] constexpr bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+[[nodiscard]] constexpr bool isSpaceOrTab(char c) { return c == ' ' || c == '\t'; }
 
-/// Without the characters of `space` at its end.
+/// Without white space, or what else `isCut` names, at its end.
 [[nodiscard]] constexpr std::string_view trimmedEnd(std::string_view text,
-                                                    std::string_view space = kSpace) {
-  return text.substr(0, text.find_last_not_of(space) + 1);
+                                                    bool (&isCut)(char) = isSpace) {
+  while (!text.empty() && isCut(text.back())) text.remove_suffix(1);
+  return text;
 }
-/// Without the characters of `space` at both ends.
+/// Without it at both ends.
 [[nodiscard]] constexpr std::string_view trimmed(std::string_view text,
-                                                 std::string_view space = kSpace) {
-  return trimmedEnd(text.substr(std::min(text.find_first_not_of(space), text.size())), space);
+                                                 bool (&isCut)(char) = isSpace) {
+  text = trimmedEnd(text, isCut);
+  while (!text.empty() && isCut(text.front())) text.remove_prefix(1);
+  return text;
 }
 
 // An escape is a mark ('%', '_', '=') and the two hexadecimal digits of a byte after it.

@@ -63,6 +63,9 @@ std::size_t controlAt(std::string_view text, std::size_t i) {
   return 0;
 }
 
+/// What some readers strip off the ends of a text.
+constexpr bool isStripped(char c) { return isSpaceOrTab(c) || c == '\n'; }
+
 /// A backslash before what it does not escape stands for itself, as does a last one.
 template <typename IsEscapable>
 std::string withoutBackslashes(std::string_view value, const IsEscapable& isEscapable) {
@@ -173,8 +176,7 @@ std::string underscoreEncoded(std::string_view bytes, std::string_view plain) {
 std::string underscoreDecoded(std::string_view text) { return hexUnescaped(text, '_'); }
 
 std::string plainestReading(std::string_view value) {
-  constexpr std::string_view space = " \t\n";
-  return std::string(trimmed(unescapedText(value), space));
+  return std::string(trimmed(unescapedText(value), isStripped));
 }
 
 std::string plainestText(std::string_view text) { return plainestReading(escapedText(text)); }

@@ -10,9 +10,9 @@ namespace {
 constexpr std::array<std::string_view, 3> kKnown{"VCALENDAR", "VEVENT", "VALARM"};
 
 /// A component's name without white space after it.
-std::string_view componentName(std::string_view value) { return trimmedEnd(value, " \t"); }
+std::string_view componentName(std::string_view value) { return trimmedEnd(value, isSpaceOrTab); }
 
-bool isBlank(std::string_view raw) { return trimmed(raw, " \t\r\n").empty(); }
+bool isBlank(std::string_view raw) { return raw.find_first_not_of(" \t\r\n") == raw.npos; }
 
 }  // namespace
 

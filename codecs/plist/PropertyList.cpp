@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "base/Digits.h"
+#include "base/Text.h"
 
 namespace annivo {
 
@@ -13,8 +14,6 @@ namespace {
 
 constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kSmallest = std::numeric_limits<std::int64_t>::min();
-
-bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 std::string_view withoutLeadingSpace(std::string_view text) {
   text.remove_prefix(

@@ -8,7 +8,7 @@ namespace annivo {
 
 namespace {
 
-bool looksLikeXML(std::string_view bytes) { return trimmed(bytes, " \t\r\n").starts_with('<'); }
+bool looksLikeXML(std::string_view bytes) { return trimmed(bytes).starts_with('<'); }
 
 /// The XML form in UTF-8, whichever of the three encodings its byte order mark names.
 std::string textOf(std::string_view bytes) {

@@ -16,8 +16,6 @@ namespace annivo {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
-
 [[noreturn]] void refuse(const char* reason) { throw MalformedPropertyList{reason}; }
 
 /// Counts what is in a text before a tree is made of it, which takes memory for each value and for
@@ -147,7 +145,7 @@ std::string textOf(pugi::xml_node element) {
 }
 
 PropertyList integerFrom(std::string_view text) {
-  text = trimmed(text, kBlanks);
+  text = trimmed(text);
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
   const bool hex = text.starts_with("0x") || text.starts_with("0X");
@@ -164,7 +162,7 @@ PropertyList integerFrom(std::string_view text) {
 }
 
 PropertyList realFrom(std::string_view text) {
-  text = trimmed(text, kBlanks);
+  text = trimmed(text);
   if (text.starts_with('+')) text.remove_prefix(1);
   const auto value = numberFromText<double>(text);
   if (!value) refuse("It holds a number that cannot be read.");
@@ -182,7 +180,7 @@ int takeField(std::string_view& text, std::string_view end) {
 
 /// "2026-11-20T18:46:00Z"
 PropertyList dateFrom(std::string_view text) {
-  text = trimmed(text, kBlanks);
+  text = trimmed(text);
   const int year = takeField(text, "-");
   const int month = takeField(text, "-");
   const int day = takeField(text, "T");
@@ -216,7 +214,7 @@ PropertyList dataFrom(std::string_view text) {
 
 /// The next element from `node` on, over white space; none at the end.
 pugi::xml_node elementFrom(pugi::xml_node node) {
-  while (node && isText(node) && trimmed(node.value(), kBlanks).empty()) node = node.next_sibling();
+  while (node && isText(node) && trimmed(node.value()).empty()) node = node.next_sibling();
   if (node && node.type() != pugi::node_element) refuse("It has text between its values.");
   return node;
 }
@@ -254,7 +252,7 @@ PropertyList value(pugi::xml_node element) {
   if (name == "real") return realFrom(text);
   if (name == "date") return dateFrom(text);
   if (name == "data") return dataFrom(text);
-  if ((name != "true" && name != "false") || !trimmed(text, kBlanks).empty()) {
+  if ((name != "true" && name != "false") || !trimmed(text).empty()) {
     refuse("It holds an object of an unknown kind.");
   }
   return name == "true";

@@ -71,7 +71,7 @@ void VCardSplitter::endLine() {
 }
 
 void VCardSplitter::takeLine(std::string_view line) {
-  if (equalsIgnoringCase(trimmedEnd(line, " \t"), "BEGIN:VCARD")) {
+  if (equalsIgnoringCase(trimmedEnd(line, isSpaceOrTab), "BEGIN:VCARD")) {
     if (inCard_ && (afterAgent_ || depth_ > 0)) {
       ++depth_;
       return;
@@ -79,7 +79,7 @@ void VCardSplitter::takeLine(std::string_view line) {
     if (inCard_) deliver("the card never ends (END:VCARD is missing)");
     inCard_ = true;
     card_.line = lineNumber_;
-  } else if (inCard_ && equalsIgnoringCase(trimmedEnd(line, " \t"), "END:VCARD")) {
+  } else if (inCard_ && equalsIgnoringCase(trimmedEnd(line, isSpaceOrTab), "END:VCARD")) {
     if (depth_ > 0) {
       --depth_;
     } else {

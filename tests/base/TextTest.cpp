@@ -25,10 +25,10 @@ TEST(Text, TrimsItsEnds) {
   EXPECT_EQ(trimmed("\t\r\n\v\f a b \n"), "a b");
   EXPECT_EQ(trimmed(" \n"), "");
   EXPECT_EQ(trimmed(""), "");
-  EXPECT_EQ(trimmed("\n a\n", " "), "\n a\n");
+  EXPECT_EQ(trimmed("\n a\n", isSpaceOrTab), "\n a\n");
   EXPECT_EQ(trimmedEnd(" a \t"), " a");
   EXPECT_EQ(trimmedEnd(" \t"), "");
-  EXPECT_EQ(trimmedEnd("a\n ", " "), "a\n");
+  EXPECT_EQ(trimmedEnd("a\n ", isSpaceOrTab), "a\n");
 }
 
 TEST(Text, EscapesAByteAndUndoesIt) {
