@@ -21,6 +21,13 @@ using std::chrono::seconds;
 
 Date held(Date date) { return std::clamp(date, kEarliestDate, kLatestDate); }
 
+/// Whether the zone left out the whole day of a reading, as those do that cross the date line.
+bool skipsDayOf(const cctz::civil_second& reading, const cctz::time_zone& zone) {
+  const auto found = zone.lookup(reading);
+  return found.kind == cctz::time_zone::civil_lookup::SKIPPED &&
+         found.pre - found.post >= std::chrono::hours{24};
+}
+
 cctz::time_zone loadZone(const std::string& name) {
   cctz::time_zone zone;
   if (cctz::load_time_zone(name, &zone)) return zone;
@@ -56,7 +63,15 @@ NSTimeZone NSTimeZone::system(const std::string& tz) {
 
 CivilTime NSTimeZone::civil(Date date) const {
   const auto whole = std::chrono::floor<seconds>(date);
-  const cctz::civil_second reading = rules_->zone().lookup(whole).cs;
+  cctz::civil_second reading = rules_->zone().lookup(whole).cs;
+  const auto day = std::chrono::floor<std::chrono::days>(date);
+  if (date - day == std::chrono::hours{12}) {
+    const cctz::civil_second meant =
+        cctz::civil_second() + whole.time_since_epoch().count();  // as UTC reads it
+    if (cctz::civil_day(reading) != cctz::civil_day(meant) && skipsDayOf(meant, rules_->zone())) {
+      reading = meant;
+    }
+  }
   return {.year = reading.year(),
           .month = reading.month(),
           .day = reading.day(),

@@ -34,6 +34,8 @@ class NSTimeZone {
   /// The person's zone: `tz` (the value of TZ) when not empty, else /etc/localtime.
   static NSTimeZone system(const std::string& tz);
 
+  /// The reading at that moment. Of a day that the zone left out when it crossed the date line,
+  /// 12:00:00 UTC, as which days are kept, reads as noon.
   [[nodiscard]] CivilTime civil(Date date) const;
   /// The moment of a wall-clock reading. Fields beyond their range are carried over (day 31 of
   /// February is a day in March). A reading that the zone skips is moved on by the length of the

@@ -94,6 +94,22 @@ TEST(NSTimeZone, MovesASkippedReadingOnAndTakesTheFirstOfTwo) {
   }
 }
 
+TEST(NSTimeZone, ReadsNoonInUTCOfADayLeftOutAsNoonOfThatDay) {
+  const std::pair<const char*, CivilTime> rows[] = {
+      {"Pacific/Apia", {.year = 2011, .month = 12, .day = 30, .hour = 12}},
+      {"Pacific/Kiritimati", {.year = 1994, .month = 12, .day = 31, .hour = 12}},
+      {"Pacific/Kwajalein", {.year = 1993, .month = 8, .day = 21, .hour = 12}},
+      {"Asia/Manila", {.year = 1844, .month = 12, .day = 31, .hour = 12}}};
+  for (const auto& [name, noon] : rows) {
+    const NSTimeZone zone(name);
+    const Date moment = NSTimeZone().date(noon);
+    EXPECT_EQ(zone.civil(moment), noon) << name;
+    for (const auto near : {-1us, 1us}) {
+      EXPECT_NE(zone.civil(moment + near).day, noon.day) << name;
+    }
+  }
+}
+
 TEST(NSTimeZone, CarriesFieldsBeyondTheirRange) {
   const NSTimeZone zone("UTC");
   EXPECT_EQ(zone.date({2026, 2, 31}), utc(2026, 3, 3));

@@ -262,6 +262,26 @@ TEST_P(InZone, EveryEventIsOnThePersonsDay) {
   EXPECT_EQ(daysOf(home, kAnniversaries), expected);
 }
 
+TEST_F(Contacts, ADayThatTheZoneLeftOutComesBackOnThatDay) {
+  const std::pair<const char*, StoredDay> rows[] = {{"Pacific/Apia", {2011, 12, 30}},
+                                                    {"Pacific/Kiritimati", {1994, 12, 31}},
+                                                    {"Pacific/Kwajalein", {1993, 8, 21}},
+                                                    {"Asia/Manila", {1844, 12, 31}}};
+  const char* const days[] = {"Ann 1230", "Ann 1231", "Ann 0821", "Ann 1231"};
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    const auto& [zone, day] = rows[i];
+    AgentHome fresh;
+    prepare(fresh);
+    StoredPerson person = personBorn("Ann", "", day);
+    person.dates = {{.uniqueId = "D-Ann", .label = "x", .day = day}};
+    fresh.setContacts({person});
+    const AgentRun run = fresh.run({{"TZ", zone}});
+    ASSERT_EQ(run.status, 0) << run.errors;
+    EXPECT_EQ(daysOf(fresh, kBirthdays), Texts{days[i]}) << zone;
+    EXPECT_EQ(daysOf(fresh, kAnniversaries), Texts{days[i]}) << zone;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Days, InZone,
                          testing::Values("Etc/GMT+12", "UTC", "Asia/Kolkata", "Etc/GMT-12",
                                          "Pacific/Auckland", "Pacific/Apia", "Etc/GMT-13",

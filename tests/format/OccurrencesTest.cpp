@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include "codecs/icalendar/CalEvent.h"
+#include "codecs/icalendar/EventFile.h"
 #include "format/Occurrences.h"
+#include "platform/coredata/CivilDay.h"
 
 namespace annivo {
 namespace {
@@ -54,6 +57,36 @@ TEST(Occurrences, ADateLessThanAYearAheadCountsFromZero) {
   expect(inUTC(born, utc(2026, 11, 15)),
          {{0, born}, {1, utc(2027, 11, 15, 12, 0, 1)}, {2, utc(2028, 11, 15, 12, 0, 1)}});
   EXPECT_EQ(inUTC(utc(2027, 11, 14), utc(2026, 11, 15)).size(), 3U);
+}
+
+TEST(Occurrences, ADayThatTheZoneLeftOutComesBackOnThatDay) {
+  const struct {
+    const char* zone;
+    int year, month, day;
+    const char* days[3];
+  } rows[] = {
+      {"Pacific/Apia", 2011, 12, 30, {"20111230", "20121230", "20131230"}},
+      {"Pacific/Kiritimati", 1994, 12, 31, {"19941231", "19951231", "19961231"}},
+      {"Pacific/Kwajalein", 1993, 8, 21, {"19930821", "19940821", "19950821"}},
+      {"Asia/Manila", 1844, 12, 31, {"18441231", "18451231", "18461231"}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.zone);
+    const NSTimeZone zone(row.zone);
+    const Date born = civilDay(utc(row.year, row.month, row.day), zone);
+    const auto all = occurrences(born, born + 1h, zone);
+    ASSERT_EQ(all.size(), 3U);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      EXPECT_EQ(all[i].age, static_cast<std::int64_t>(i));
+      const auto event = CalEvent::event();
+      event->setStartDate(all[i].date);
+      event->setIsAllDay(true);
+      const std::string file = EventFile::newText(*event, born, zone);
+      EXPECT_NE(file.find(std::string("DTSTART;VALUE=DATE:") + row.days[i] + "\r\n"),
+                std::string::npos)
+          << file;
+    }
+  }
 }
 
 TEST(Occurrences, DatesFurtherAheadYieldFewer) {

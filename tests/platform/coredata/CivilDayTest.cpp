@@ -68,6 +68,27 @@ TEST(CivilDay, IsLocalNoonOnlyWhereTheInstantFallsOnAnotherDay) {
   }
 }
 
+TEST(CivilDay, IsAlsoADayThatTheZoneLeftOut) {
+  const struct {
+    const char* zone;
+    int year;
+    unsigned month, day;
+  } rows[] = {{"Pacific/Apia", 2011, 12, 30},       {"Pacific/Fakaofo", 2011, 12, 30},
+              {"Pacific/Kiritimati", 1994, 12, 31}, {"Pacific/Kanton", 1994, 12, 31},
+              {"Pacific/Kwajalein", 1993, 8, 21},   {"Asia/Manila", 1844, 12, 31},
+              {"Pacific/Guam", 1844, 12, 31}};
+  for (const auto& row : rows) {
+    const NSTimeZone zone(row.zone);
+    const Date before = utc(row.year, row.month, row.day, 12) - std::chrono::days{1};
+    const Date kept = civilDay(utc(row.year, row.month, row.day, 12), zone);
+    const Date after = utc(row.year, row.month, row.day, 12) + std::chrono::days{1};
+    const auto day = [&](Date date) { return local(date, zone).substr(0, 10); };
+    EXPECT_EQ(day(kept), describe(utc(row.year, row.month, row.day)).substr(0, 10)) << row.zone;
+    EXPECT_EQ(day(civilDay(before, zone)), describe(before).substr(0, 10)) << row.zone;
+    EXPECT_EQ(day(civilDay(after, zone)), describe(after).substr(0, 10)) << row.zone;
+  }
+}
+
 TEST(CivilDay, KeepsTheLeapDay) {
   for (const char* name : {"UTC", "Etc/GMT+12", "Pacific/Kiritimati"}) {
     const NSTimeZone zone(name);
