@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "base/Unicode.h"
 #include "calendar/AlarmKind.h"
 #include "format/AlarmTrigger.h"
 #include "format/Occurrences.h"
@@ -65,6 +66,25 @@ void ZPKAnvCCalendarItemsFormat::setEventsWithOriginals(Records records) {
   }
 }
 
+void ZPKAnvCCalendarItemsFormat::settleTitles(Records records) {
+  settledTitles_.clear();
+  std::vector<std::size_t> hashes;
+  hashes.reserve(records.size());
+  for (const ContactDateRecord& record : records) hashes.push_back(caseFoldedHash(record.dateUID));
+  std::vector<std::size_t> sorted = hashes;
+  std::sort(sorted.begin(), sorted.end());
+  if (std::adjacent_find(sorted.begin(), sorted.end()) == sorted.end()) return;
+  Titles last;
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const auto [first, end] = std::equal_range(sorted.begin(), sorted.end(), hashes[i]);
+    if (end - first < 2) continue;
+    for (auto& event : eventsForOriginal(records[i])) {
+      last[{caseFolded(event.uid), event.withStartDate}] = std::move(event.title);
+    }
+  }
+  settledTitles_ = std::move(last);
+}
+
 void ZPKAnvCCalendarItemsFormat::addEvents(const ContactDateRecord& record, const Events& events) {
   if (!record.thisDate) {
     logOptionally(platform_, "No date in the record ", record.dateUID);
@@ -93,6 +113,9 @@ std::vector<ZPKCalendarItems::BasicEvent> ZPKAnvCCalendarItemsFormat::eventsForO
                       .location = std::nullopt,
                       .url = "addressbook://" + record.personUID,
                       .uid = record.dateUID});
+    if (settledTitles_.empty()) continue;
+    const auto settled = settledTitles_.find({caseFolded(record.dateUID), date});
+    if (settled != settledTitles_.end()) events.back().title = settled->second;
   }
   return events;
 }

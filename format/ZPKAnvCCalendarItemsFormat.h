@@ -2,8 +2,10 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "calendar/ZPKCalendarItems.h"
@@ -32,6 +34,10 @@ class ZPKAnvCCalendarItemsFormat {
   /// `setEventsWithOriginal:`. Hands up to three events to the writer. A record without a date
   /// yields none.
   void setEventsWithOriginal(const ContactDateRecord& record);
+  /// Tells of all records to come. Where several are of one date (of people kept in two stores),
+  /// each of them then yields the titles that the last would leave, so that an event is written
+  /// once and not changed to and fro by every run.
+  void settleTitles(Records records);
   /// setEventsWithOriginal for each, with word to the writer some time before of what is to come.
   void setEventsWithOriginals(Records records);
   /// What setEventsWithOriginal hands to the writer.
@@ -40,11 +46,15 @@ class ZPKAnvCCalendarItemsFormat {
 
  private:
   using Events = std::vector<ZPKCalendarItems::BasicEvent>;
+  /// By the identifier of a date, its case folded, and day.
+  using Titles = std::map<std::pair<std::string, Date>, std::string>;
+
   void addEvents(const ContactDateRecord& record, const Events& events);
 
   Platform& platform_;
   ZPKCalendarItems& thisInstance;
   std::string mainTitleString;
+  Titles settledTitles_;  ///< of dates that several records are of
 };
 
 }  // namespace annivo

@@ -137,7 +137,9 @@ void myController::sendCalendarTypeWithFormat(CalendarType type,
   {
     ZPKAnvCCalendarItemsFormat formatter(platform_, *myCalendarItems, titleFormat);
     formatter.setAlarmsWithDataForType(appPrefs->prefs(), type);
-    formatter.setEventsWithOriginals(datesOf(type, *theDates));
+    const auto& records = datesOf(type, *theDates);
+    formatter.settleTitles(records);
+    formatter.setEventsWithOriginals(records);
   }
   log(std::string(textsOf(type).word) + " Ended");
 }

@@ -51,6 +51,14 @@ class ManyRecords : public testing::Test {
                                                                                people.end());
     return run([&](auto& formatter) { formatter.setEventsWithOriginals(records); });
   }
+  std::vector<std::string> runSettled() {
+    const std::vector<std::reference_wrapper<const ContactDateRecord>> records(people.begin(),
+                                                                               people.end());
+    return run([&](auto& formatter) {
+      formatter.settleTitles(records);
+      formatter.setEventsWithOriginals(records);
+    });
+  }
   std::vector<std::string> runOneByOne() {
     return run([&](auto& formatter) {
       for (const auto& record : people) formatter.setEventsWithOriginal(record);
@@ -67,6 +75,28 @@ class ManyRecords : public testing::Test {
   std::string calendar = "no such calendar";
   std::vector<ContactDateRecord> people;
 };
+
+TEST_F(ManyRecords, OfOneDateEndWithTheTitleOfTheLastAndAreThenLeftAlone) {
+  people[kCount - 10].dateUID = "d-1";
+  people[kCount - 10].thisDate = people[1].thisDate;
+  people[kCount - 20].dateUID = people[3].dateUID;  // on another day
+  runSettled();
+  const auto titles = [&](const std::string& title) {
+    std::size_t count = 0;
+    for (const auto& [path, text] : home.snapshot("Library/Calendars")) {
+      if (text.find("SUMMARY:" + title + " ") != std::string::npos) ++count;
+    }
+    return count;
+  };
+  EXPECT_EQ(titles("Person 1"), 0U);
+  EXPECT_EQ(titles("Person " + std::to_string(kCount - 10)), 1U);
+  EXPECT_EQ(titles("Person 3"), 1U);
+  EXPECT_EQ(titles("Person " + std::to_string(kCount - 20)), 1U);
+  EXPECT_EQ(home.log.count("Title changed"), 0U);
+  const auto before = fingerprint();
+  runSettled();
+  EXPECT_EQ(fingerprint(), before);
+}
 
 TEST_F(ManyRecords, AreWrittenOnceAndThenLeftAlone) {
   runTogether();
