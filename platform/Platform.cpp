@@ -80,6 +80,7 @@ Platform::Platform(PlatformParts parts)
   application_ = std::make_unique<NSApplication>(*parts_.alerts, *parts_.log);
   workspace_ = std::make_unique<NSWorkspace>(*parts_.files, *parts_.launcher, parent, parts_.home);
   gestalt_ = std::make_unique<Gestalt>(*parts_.files, systemFolder_);
+  storeReadings_ = std::make_shared<StoreReadings>(parts_.storeLockWait, temporaryDirectory());
 }
 
 Platform::~Platform() = default;
@@ -125,7 +126,7 @@ const ABAddressBook& Platform::sharedAddressBook() {
     addressBook_ = std::make_unique<ABAddressBook>(
         *parts_.files, *parts_.log, parts_.home,
         NSBundle(*parts_.files, systemFolder_ + "/Library/Frameworks/AddressBook.framework"),
-        preferredLanguages());
+        preferredLanguages(), storeReadings_);
   }
   return *addressBook_;
 }
@@ -138,7 +139,9 @@ CalCalendarStore& Platform::defaultCalendarStore() {
   return *calendarStore_;
 }
 
-StoreEnvironment Platform::storeEnvironment() { return {*parts_.files, *parts_.clock, zone_}; }
+StoreEnvironment Platform::storeEnvironment() {
+  return {*parts_.files, *parts_.clock, zone_, storeReadings_};
+}
 
 std::optional<std::string> Platform::applicationSupportDirectory() {
   std::string folder = parts_.home + "/Library/Application Support";

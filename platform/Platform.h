@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,6 +38,8 @@ struct PlatformParts {
   std::unique_ptr<Log> log;        ///< null: the system log
   std::unique_ptr<Alerts> alerts;  ///< null: a person's screen, terminal, or the log
   std::unique_ptr<Launcher> launcher;
+  /// How long a contacts store that another program has locked is waited for, once a run.
+  std::chrono::milliseconds storeLockWait = std::chrono::seconds{5};
 };
 
 /// The one object that hands out the services of the machine. Each is made when first asked for
@@ -95,6 +98,7 @@ class Platform {
   std::unique_ptr<NSWorkspace> workspace_;
   std::unique_ptr<Gestalt> gestalt_;
   std::optional<std::vector<std::string>> languages_;
+  std::shared_ptr<StoreReadings> storeReadings_;
   std::unique_ptr<ABAddressBook> addressBook_;
   std::unique_ptr<CalCalendarStore> calendarStore_;
   std::unique_ptr<FileLock> runLock_;

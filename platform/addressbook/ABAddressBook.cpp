@@ -97,15 +97,24 @@ Result<ABMultiValue> emails(const SQLiteDatabase& database, std::int64_t owner) 
   return values;
 }
 
-Result<std::optional<ABPerson>> ownCard(const std::string& path) {
-  const auto database = SQLiteDatabase::openForReading(path);
-  if (!database) return database.error();
-  auto record = ownRecord(*database, path);
+Result<std::optional<ABPerson>> ownCardIn(const SQLiteDatabase& database, const std::string& path) {
+  auto record = ownRecord(database, path);
   if (!record) return record.error();
   if (!*record) return std::optional<ABPerson>();
-  auto addresses = emails(*database, (*record)->key);
+  auto addresses = emails(database, (*record)->key);
   if (!addresses) return addresses.error();
   return std::optional(ABPerson{(*record)->uniqueId, *std::move(addresses)});
+}
+
+Result<std::optional<ABPerson>> ownCard(const std::string& path,
+                                        const std::shared_ptr<StoreReadings>& readings) {
+  for (int i = 0; i < SQLiteDatabase::kMostReadings; ++i) {
+    const auto database = SQLiteDatabase::openForReading(path, readings);
+    if (!database) return database.error();
+    auto card = ownCardIn(*database, path);
+    if (!database->wasChanged()) return card;
+  }
+  return keepsChanging(path);
 }
 
 }  // namespace
@@ -122,12 +131,14 @@ std::optional<std::string> ABMultiValue::valueAtIndex(std::optional<std::size_t>
 }
 
 ABAddressBook::ABAddressBook(const NSFileManager& files, Log& log, std::string home,
-                             NSBundle framework, std::vector<std::string> languages)
+                             NSBundle framework, std::vector<std::string> languages,
+                             std::shared_ptr<StoreReadings> readings)
     : files_(files),
       log_(log),
       home_(std::move(home)),
       framework_(std::move(framework)),
-      languages_(std::move(languages)) {}
+      languages_(std::move(languages)),
+      readings_(std::move(readings)) {}
 
 std::optional<ABPerson> ABAddressBook::me() const {
   const std::string folder = home_ + kFolder;
@@ -136,9 +147,11 @@ std::optional<ABPerson> ABAddressBook::me() const {
     for (const DirectoryEntry& source : *sources) {
       stores.push_back(folder + "/Sources/" + source.name + kStoreName);
     }
+  } else if (sources.error().kind != Error::Kind::absent) {
+    log_.write(sources.error().text());
   }
   for (const std::string& store : stores) {
-    auto card = ownCard(store);
+    auto card = ownCard(store, readings_);
     if (!card) {
       if (card.error().kind != Error::Kind::absent) log_.write(card.error().text());
     } else if (*card) {

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/coredata/StoreReadings.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLog.h"
@@ -38,12 +40,13 @@ class ABAddressBook {
  public:
   /// `framework` holds the localised names ("<lang>.lproj/Localizable.strings").
   ABAddressBook(const NSFileManager& files, Log& log, std::string home, NSBundle framework,
-                std::vector<std::string> languages);
+                std::vector<std::string> languages,
+                std::shared_ptr<StoreReadings> readings = std::make_shared<StoreReadings>());
 
   /// The person's own card: the record that any row's ZME names, else the one with
   /// ZCONTAINERWHERECONTACTISME, in the main store first, then in the sources. Its primary address
-  /// is the row with ZISPRIMARY = 1, else that of the lowest ZORDERINGINDEX. A store that cannot
-  /// be read is logged and passed over here (who reads its dates reports it to the person).
+  /// is the row with ZISPRIMARY = 1, else that of the lowest ZORDERINGINDEX. A store or folder that
+  /// cannot be read is logged and passed over here (who reads its dates reports it to the person).
   [[nodiscard]] std::optional<ABPerson> me() const;
 
   /// The localised name of a property or label code (ABLocalizedPropertyOrLabel); the code itself
@@ -59,6 +62,7 @@ class ABAddressBook {
   std::string home_;
   NSBundle framework_;
   std::vector<std::string> languages_;
+  std::shared_ptr<StoreReadings> readings_;
 };
 
 }  // namespace annivo

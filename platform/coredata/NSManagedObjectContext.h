@@ -12,6 +12,7 @@
 #include "platform/coredata/NSManagedObject.h"
 #include "platform/coredata/NSManagedObjectModel.h"
 #include "platform/coredata/NSPredicate.h"
+#include "platform/coredata/StoreReadings.h"
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/NSFileManager.h"
 
@@ -39,6 +40,12 @@ class NSPersistentStore {
   [[nodiscard]] virtual bool isNew() const { return false; }
   /// What was met so far that had to be read as nil, in words for the log, without contact data.
   [[nodiscard]] virtual std::vector<std::string> notes() const { return {}; }
+  /// Why a to-many relationship of objects fetched so far could not be read; such a one reads as
+  /// empty.
+  [[nodiscard]] virtual const std::optional<Error>& unreadRelationship() const {
+    static const std::optional<Error> none;
+    return none;
+  }
   /// Objects of the entity and its sub-entities, in ascending objectID, that match.
   virtual Result<std::vector<NSManagedObject*>> execute(const NSFetchRequest& request) = 0;
   /// A new, empty object; null in a read-only store.
@@ -60,6 +67,7 @@ struct StoreEnvironment {
   NSFileManager& files;
   const Clock& clock;
   NSTimeZone zone;
+  std::shared_ptr<StoreReadings> readings = std::make_shared<StoreReadings>();
 };
 
 /// Holds the store of one file for a model.

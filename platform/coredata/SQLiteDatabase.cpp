@@ -3,14 +3,9 @@
 
 #include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 namespace annivo {
@@ -55,78 +50,6 @@ Error sqliteError(int code, std::string why, const std::string& path) {
 
 Error sqliteError(sqlite3* database, int code, const std::string& path) {
   return sqliteError(code, sqlite3_errmsg(database), path);
-}
-
-/// `path` as the path of a "file:" URI.
-std::string uriPath(const std::string& path) {
-  std::string uri;
-  for (const char c : path) {
-    if (c == '%' || c == '?' || c == '#') {
-      std::array<char, 4> escaped{};
-      std::snprintf(escaped.data(), escaped.size(), "%%%02X", static_cast<unsigned>(c));
-      uri += escaped.data();
-    } else {
-      uri += c;
-    }
-  }
-  return uri;
-}
-
-bool isNotEmpty(const std::string& path) {
-  struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && status.st_size > 0;
-}
-
-bool isReadable(const std::string& path) { return ::access(path.c_str(), R_OK) == 0; }
-
-/// The path of the file itself, beside which its WAL is, where `path` leads to it over links.
-std::string realPath(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
-                                                         &std::free);
-  return real == nullptr ? path : real.get();
-}
-
-/// Whether the file's header asks for a write-ahead log (read version 2).
-bool wantsWriteAheadLog(const std::string& path) {
-  std::array<char, 20> header{};
-  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) return false;
-  const auto count = ::pread(file, header.data(), header.size(), 0);
-  ::close(file);
-  return count == static_cast<ssize_t>(header.size()) && header[19] == 2;
-}
-
-/// How a file is opened so that nothing is written to it or beside it.
-enum class Manner {
-  /// With SQLite's own locks. A shared index of a WAL ("-shm") is looked at, never changed; when
-  /// nobody has the store open, SQLite makes an index of its own in memory.
-  locked,
-  /// A WAL without a shared index: nobody has the store open, as whoever has keeps one. SQLite
-  /// would make the index file; with its lock-free file layer in exclusive mode it makes it in
-  /// memory.
-  privateIndex,
-  /// A store made for a WAL that has none: nobody has it open, and SQLite would make both files.
-  immutable,
-};
-
-Manner mannerFor(const std::string& path) {
-  const bool hasIndex = isReadable(path + "-shm");
-  if (isNotEmpty(path + "-wal")) return hasIndex ? Manner::locked : Manner::privateIndex;
-  if (!wantsWriteAheadLog(path)) return Manner::locked;
-  return hasIndex && isReadable(path + "-wal") ? Manner::locked : Manner::immutable;
-}
-
-std::string uriFor(const std::string& path, Manner manner) {
-  std::string uri = "file:" + uriPath(path) + "?mode=ro";
-  switch (manner) {
-    case Manner::locked:
-      return uri + "&readonly_shm=1";
-    case Manner::privateIndex:
-      return uri + "&vfs=unix-none";
-    case Manner::immutable:
-      return uri + "&immutable=1";
-  }
-  return uri;
 }
 
 }  // namespace
@@ -192,52 +115,100 @@ SQLiteDatabase::SQLiteDatabase(sqlite3* database, std::string path)
     : database_(database), path_(std::make_unique<std::string>(std::move(path))) {}
 
 SQLiteDatabase::SQLiteDatabase(SQLiteDatabase&& other) noexcept
-    : database_(std::exchange(other.database_, nullptr)), path_(std::move(other.path_)) {}
+    : waiting_(std::move(other.waiting_)),
+      unlocked_(std::move(other.unlocked_)),
+      database_(std::exchange(other.database_, nullptr)),
+      path_(std::move(other.path_)) {}
 
 SQLiteDatabase::~SQLiteDatabase() { sqlite3_close_v2(database_); }
 
-Result<SQLiteDatabase> SQLiteDatabase::openForReading(const std::string& path) {
-  struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) return errorFromErrno(errno, "read", path);
-  if (S_ISDIR(status.st_mode)) return errorFromErrno(EISDIR, "read", path);
-  if (!S_ISREG(status.st_mode)) return errorFromErrno(EACCES, "read", path);
+Result<SQLiteDatabase> SQLiteDatabase::openForReading(const std::string& path,
+                                                      std::shared_ptr<StoreReadings> readings) {
+  const SQLiteFile file(path);
+  if (const auto sound = file.check(); !sound) return sound.error();
+  const SQLiteFile::Stamp stamp = file.stamp();
+  const SQLiteFile::Manner manner = file.manner();
+  auto database = open(file, manner, path, readings);
+  if (!database && database.error().code == SQLITE_READONLY_ROLLBACK) {
+    return openCopy(file, path, *readings);
+  }
+  if (database && manner != SQLiteFile::Manner::locked) database->unlocked_ = {file, stamp};
+  return database;
+}
 
-  const std::string file = realPath(path);
-  const Manner manner = mannerFor(file);
+Result<SQLiteDatabase> SQLiteDatabase::open(const SQLiteFile& file, SQLiteFile::Manner manner,
+                                            const std::string& path,
+                                            std::shared_ptr<StoreReadings> readings) {
   sqlite3* handle = nullptr;
-  const int code = sqlite3_open_v2(uriFor(file, manner).c_str(), &handle,
+  const int code = sqlite3_open_v2(file.uri(manner).c_str(), &handle,
                                    SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
   SQLiteDatabase database(handle, path);
   if (code != SQLITE_OK) return sqliteError(handle, code, path);
-  sqlite3_extended_result_codes(handle, 1);
-  sqlite3_busy_timeout(handle, kBusyMilliseconds);
-  sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, kLongestValue);
-  // The file is somebody else's: nothing in its schema runs, and leaving it folds no WAL into it.
-  sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-  sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-  if (manner == Manner::privateIndex) {
-    const auto exclusive = database.execute("PRAGMA locking_mode=EXCLUSIVE");
-    if (!exclusive) return exclusive.error();
-  }
-  if (const auto whole = database.checkWhole(file); !whole) return whole.error();
-  // Tables are read once from end to end; SQLite's 2 MB of pages would be kept for nothing.
-  if (const auto set = database.execute("PRAGMA cache_size=-128"); !set) return set.error();
+  database.waiting_ = std::make_unique<Waiting>(Waiting{std::move(readings), path});
+  sqlite3_busy_handler(
+      handle,
+      [](void* context, int /*count*/) {
+        const auto* waiting = static_cast<const Waiting*>(context);
+        return waiting->readings->waitForLock(waiting->path) ? 1 : 0;
+      },
+      database.waiting_.get());
+  const bool exclusive = manner == SQLiteFile::Manner::privateIndex;
+  const auto read = database.beginReading(file, exclusive ? "PRAGMA locking_mode=EXCLUSIVE" : "");
+  if (!read) return read.error();
   return database;
+}
+
+/// The copy is opened for writing, which rolls it back, and then needs its files no more.
+Result<SQLiteDatabase> SQLiteDatabase::openCopy(const SQLiteFile& file, const std::string& path,
+                                                const StoreReadings& readings) {
+  const auto folder = PrivateFolder::make(readings.temporaryFolder());
+  if (!folder) {
+    return sqliteError(
+        SQLITE_CANTOPEN,
+        "another program left a change in it unfinished; " + folder.error().description, path);
+  }
+  if (const auto copied = file.copyWithJournal(folder->path()); !copied) return copied.error();
+  const SQLiteFile copy(folder->path() + "/store");
+  sqlite3* handle = nullptr;
+  const int code =
+      sqlite3_open_v2((folder->path() + "/store").c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr);
+  SQLiteDatabase database(handle, path);
+  if (code != SQLITE_OK) return sqliteError(handle, code, path);
+  if (const auto read = database.beginReading(copy, "PRAGMA query_only=1"); !read) {
+    return read.error();
+  }
+  return database;
+}
+
+Result<void> SQLiteDatabase::beginReading(const SQLiteFile& file, const std::string& first) {
+  sqlite3_extended_result_codes(database_, 1);
+  sqlite3_limit(database_, SQLITE_LIMIT_LENGTH, kLongestValue);
+  // The file is somebody else's: nothing in its schema runs, and leaving it folds no WAL into it.
+  sqlite3_db_config(database_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  sqlite3_db_config(database_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  if (!first.empty()) {
+    if (auto set = execute(first); !set) return set;
+  }
+  if (auto whole = checkWhole(file); !whole) return whole;
+  // Tables are read once from end to end; SQLite's 2 MB of pages would be kept for nothing.
+  return execute("PRAGMA cache_size=-128");
 }
 
 // Opening has read nothing yet; this reads the first page, and so finds most that can be wrong. A
 // last page that is cut short SQLite itself would fill up with zeros, unless a WAL holds it whole.
-Result<void> SQLiteDatabase::checkWhole(const std::string& file) const {
+Result<void> SQLiteDatabase::checkWhole(const SQLiteFile& file) const {
   if (auto begun = execute("BEGIN; PRAGMA schema_version"); !begun) return begun;
   auto statement = prepare("PRAGMA page_size");
   if (!statement) return statement.error();
   if (const auto stepped = statement->step(); !stepped) return stepped.error();
-  const std::int64_t pageSize = statement->integer(0).value_or(1);
-  struct stat status {};
-  const bool isCut = !isNotEmpty(file + "-wal") && ::stat(file.c_str(), &status) == 0 &&
-                     status.st_size % std::max<std::int64_t>(pageSize, 1) != 0;
-  if (isCut) return sqliteError(SQLITE_CORRUPT, "the file is truncated", *path_);
+  if (file.isCut(statement->integer(0).value_or(1))) {
+    return sqliteError(SQLITE_CORRUPT, "the file is truncated", *path_);
+  }
   return execute("COMMIT");
+}
+
+bool SQLiteDatabase::wasChanged() const {
+  return unlocked_ && unlocked_->file.stamp() != unlocked_->stamp;
 }
 
 Result<SQLiteDatabase> SQLiteDatabase::create(const std::string& path) {

@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "base/Error.h"
+#include "platform/coredata/SQLiteFile.h"
+#include "platform/coredata/StoreReadings.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -49,10 +51,17 @@ class SQLiteStatement {
 /// One database file. Errors name the file.
 class SQLiteDatabase {
  public:
-  /// Opens for reading only: nothing is written, not even beside the file where that can be had
-  /// (a store in a folder without write permission reads too; a WAL beside it is honoured). Waits
-  /// up to 5 s for a writer. The file must exist.
-  static Result<SQLiteDatabase> openForReading(const std::string& path);
+  /// How often a file that another program changes meanwhile is read before it counts as
+  /// unreadable.
+  static constexpr int kMostReadings = 3;
+
+  /// Opens for reading only: nothing is written, not even beside the file (a store in a folder
+  /// without write permission reads too; a WAL beside it is honoured). What a crash left to be
+  /// rolled back is rolled back in a private copy. Waits for writers as `readings` says. The file
+  /// must exist.
+  static Result<SQLiteDatabase> openForReading(
+      const std::string& path,
+      std::shared_ptr<StoreReadings> readings = std::make_shared<StoreReadings>());
   /// Creates a new database file, mode 0600; the file must not exist.
   static Result<SQLiteDatabase> create(const std::string& path);
   SQLiteDatabase(SQLiteDatabase&& other) noexcept;
@@ -64,11 +73,32 @@ class SQLiteDatabase {
   Result<void> execute(const std::string& sql) const;
   /// Column names of a table in upper case, in order; empty when there is no such table.
   Result<std::vector<std::string>> columns(const std::string& table) const;
+  /// Whether another program changed the file since it was opened, and what was read may be of
+  /// neither state; it is then to be opened and read anew. Never where locks keep the states apart.
+  [[nodiscard]] bool wasChanged() const;
 
  private:
   SQLiteDatabase(sqlite3* database, std::string path);
-  [[nodiscard]] Result<void> checkWhole(const std::string& file) const;
+  static Result<SQLiteDatabase> open(const SQLiteFile& file, SQLiteFile::Manner manner,
+                                     const std::string& path,
+                                     std::shared_ptr<StoreReadings> readings);
+  static Result<SQLiteDatabase> openCopy(const SQLiteFile& file, const std::string& path,
+                                         const StoreReadings& readings);
+  /// Runs `first` before anything is read.
+  Result<void> beginReading(const SQLiteFile& file, const std::string& first);
+  [[nodiscard]] Result<void> checkWhole(const SQLiteFile& file) const;
 
+  /// What a busy handler is given.
+  struct Waiting {
+    std::shared_ptr<StoreReadings> readings;
+    std::string path;
+  };
+  struct Unlocked {
+    SQLiteFile file;
+    SQLiteFile::Stamp stamp;  ///< before it was opened
+  };
+  std::unique_ptr<Waiting> waiting_;
+  std::optional<Unlocked> unlocked_;
   sqlite3* database_;
   std::unique_ptr<std::string> path_;
 };

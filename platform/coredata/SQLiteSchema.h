@@ -47,12 +47,14 @@ class SQLiteSchema {
   /// none.
   [[nodiscard]] std::optional<JoinTable> joinTable(
       const Kind& kind, const NSRelationshipDescription& relationship) const;
+  friend bool operator==(const SQLiteSchema&, const SQLiteSchema&) = default;
 
  private:
   struct StoredEntity {
     std::string name;
     std::int64_t super = 0;
     const NSEntityDescription* entity = nullptr;  ///< null when the model knows no ancestor
+    friend bool operator==(const StoredEntity&, const StoredEntity&) = default;
   };
 
   Result<void> readEntities(const SQLiteDatabase& database, const std::string& path);

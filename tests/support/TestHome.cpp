@@ -43,6 +43,7 @@ Platform& TestHome::platform() {
   parts.home = home_.path();
   parts.executable = product_.path(kAgentContents) + "/Linux/AnnivoAgent";
   parts.ownDomain = options_.ownDomain;
+  parts.storeLockWait = options_.storeLockWait;
   parts.environment = [variables = options_.environment,
                        zone = options_.timeZone](const std::string& name) -> std::string {
     if (name == "TZ") return zone;

@@ -30,6 +30,8 @@ class TestHome {
     std::map<std::string, std::string> environment = {};
     /// The domain of standardUserDefaults.
     std::string ownDomain = kAgentDomain;
+    /// For a contacts store that another program has locked: short, as it is mostly waited in vain.
+    std::chrono::milliseconds storeLockWait{100};
   };
   TestHome() : TestHome(Options{}) {}
   explicit TestHome(Options options);

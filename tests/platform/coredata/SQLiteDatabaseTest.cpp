@@ -6,11 +6,13 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <limits>
 #include <thread>
 
 #include "platform/coredata/SQLiteDatabase.h"
 #include "tests/support/EditDatabase.h"
+#include "tests/support/OtherProgram.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace annivo {
@@ -142,6 +144,46 @@ TEST_F(SQLiteDatabaseTest, WaitsForAWriter) {
   release.join();
 }
 
+TEST_F(SQLiteDatabaseTest, WaitsOnceForAStoreThatStaysLocked) {
+  makeStore();
+  EditDatabase writer(path);
+  writer.run("BEGIN EXCLUSIVE");
+  const auto readings = std::make_shared<StoreReadings>(std::chrono::milliseconds{100});
+  const auto database = SQLiteDatabase::openForReading(path, readings);
+  ASSERT_FALSE(database.ok());
+  EXPECT_NE(database.error().description.find("locked"), std::string::npos);
+  EXPECT_FALSE(readings->waitForLock(path)) << "all the waiting there is was done";
+  EXPECT_TRUE(readings->waitForLock(path + "2")) << "for this store alone";
+}
+
+TEST_F(SQLiteDatabaseTest, RefusesWhatIsNoFileBesideTheStore) {
+  ::alarm(60);  // Ends a test that hangs.
+  const std::pair<const char*, std::function<void(const std::string&)>> kinds[] = {
+      {"a FIFO", [](const auto& at) { ASSERT_EQ(::mkfifo(at.c_str(), 0600), 0); }},
+      {"a link", [&](const auto& at) { std::filesystem::create_symlink("fifo", at); }},
+      {"a dangling link", [](const auto& at) { std::filesystem::create_symlink("none", at); }},
+      {"a device", [](const auto& at) { std::filesystem::create_symlink("/dev/zero", at); }},
+      {"a folder", [](const auto& at) { std::filesystem::create_directory(at); }}};
+  ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
+  for (const char* journal : {"DELETE", "WAL"}) {
+    folder.remove("store.db");
+    makeStore(journal);
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+      for (const auto& [name, make] : kinds) {
+        SCOPED_TRACE(std::string(name) + " as " + suffix + " of a store with " + journal);
+        make(path + suffix);
+        const auto database = SQLiteDatabase::openForReading(path);
+        folder.remove(std::string("store.db") + suffix);
+        ASSERT_FALSE(database.ok());
+        EXPECT_EQ(database.error().kind, Error::Kind::unreadable);
+        EXPECT_NE(database.error().description.find(path + suffix), std::string::npos);
+      }
+    }
+    EXPECT_EQ(sum(path), 1);
+  }
+  ::alarm(0);
+}
+
 TEST_F(SQLiteDatabaseTest, GivesUpOnAWriterAfterFiveSeconds) {
   makeStore();
   EditDatabase writer(path);
@@ -166,6 +208,23 @@ struct Lying : SQLiteDatabaseTest {
     EXPECT_TRUE(folder.snapshot() == contents);
     EXPECT_EQ(folder.fingerprint(), files);
   }
+  /// Leaves the store as a crash in the middle of a change does: half of it in the file, what it
+  /// replaces in the journal.
+  void leaveUnfinished(const std::string& sql) {
+    std::string half, journal;
+    {
+      EditDatabase writer(path);
+      writer.run(
+          "PRAGMA cache_size = 1; BEGIN; CREATE TABLE G (B BLOB); INSERT INTO G VALUES "
+          "(randomblob(50000)); " +
+          sql);
+      half = folder.readFile("store.db");
+      journal = folder.readFile("store.db-journal");
+      writer.run("ROLLBACK");
+    }
+    folder.writeFile("store.db", half);
+    folder.writeFile("store.db-journal", journal);
+  }
   /// A store with 1 in its file and 2 in its WAL, as a crash leaves it.
   void makeCrashedStore() {
     makeStore("WAL");
@@ -174,6 +233,34 @@ struct Lying : SQLiteDatabaseTest {
     ASSERT_TRUE(folder.exists("store.db-shm"));
   }
 };
+
+TEST_F(Lying, WithAChangeThatACrashLeftUnfinished) {
+  makeStore();
+  EditDatabase(path).run("CREATE TABLE F (B BLOB)").run("INSERT INTO F VALUES (zeroblob(20000))");
+  leaveUnfinished("UPDATE T SET N = 5; UPDATE F SET B = randomblob(20000)");
+  expectReadsWithoutTrace(1);
+  folder.makeFolder("copies");
+  const auto readings =
+      std::make_shared<StoreReadings>(std::chrono::milliseconds{0}, folder.path("copies"));
+  const auto database = SQLiteDatabase::openForReading(path, readings);
+  ASSERT_TRUE(database.ok()) << database.error().text();
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path("copies"))) << "no copy is left to be seen";
+  auto statement = database->prepare("SELECT count(*) FROM F WHERE B = zeroblob(20000)");
+  ASSERT_TRUE(*statement->step());
+  EXPECT_EQ(statement->integer(0), 1);
+  EXPECT_FALSE(database->execute("DELETE FROM T").ok()) << "for reading only, the copy too";
+}
+
+TEST_F(Lying, WithAChangeLeftUnfinishedAndNowhereToCopyTo) {
+  makeStore();
+  leaveUnfinished("UPDATE T SET N = 5");
+  const auto readings =
+      std::make_shared<StoreReadings>(std::chrono::milliseconds{0}, folder.path("none"));
+  const auto database = SQLiteDatabase::openForReading(path, readings);
+  ASSERT_FALSE(database.ok());
+  EXPECT_EQ(database.error().kind, Error::Kind::unreadable);
+  EXPECT_NE(database.error().description.find(path), std::string::npos);
+}
 
 TEST_F(Lying, WithARollbackJournal) {
   makeStore();
@@ -227,60 +314,6 @@ TEST_F(Lying, BehindALinkToAnotherFolder) {
   expectReadsWithoutTrace(3);
 }
 
-/// Another process with the store open.
-class OtherProgram {
- public:
-  explicit OtherProgram(const std::string& path) {
-    int commands[2];
-    int answers[2];
-    EXPECT_EQ(::pipe(commands) + ::pipe(answers), 0);
-    child_ = ::fork();
-    if (child_ == 0) {
-      ::close(commands[1]);
-      ::close(answers[0]);
-      serve(path, commands[0], answers[1]);
-    }
-    ::close(commands[0]);
-    ::close(answers[1]);
-    commands_ = commands[1];
-    answers_ = answers[0];
-  }
-  ~OtherProgram() {
-    ::close(commands_);
-    ::close(answers_);
-    ::waitpid(child_, nullptr, 0);
-  }
-  /// Returns when it is done.
-  void run(const std::string& sql) const {
-    const std::string line = sql + '\n';
-    EXPECT_EQ(::write(commands_, line.data(), line.size()), static_cast<ssize_t>(line.size()));
-    char answer = 0;
-    EXPECT_EQ(::read(answers_, &answer, 1), 1);
-  }
-
- private:
-  [[noreturn]] static void serve(const std::string& path, int commands, int answers) {
-    {
-      EditDatabase database(path);
-      std::string sql;
-      for (char c = 0; ::read(commands, &c, 1) == 1;) {
-        if (c != '\n') {
-          sql += c;
-          continue;
-        }
-        database.run(sql);
-        sql.clear();
-        if (::write(answers, "", 1) != 1) break;
-      }
-    }
-    ::_exit(0);
-  }
-
-  pid_t child_ = 0;
-  int commands_ = -1;
-  int answers_ = -1;
-};
-
 TEST_F(Lying, OpenInAnotherProgramThatGoesOnWriting) {
   makeStore("WAL");
   const OtherProgram writer(path);
@@ -305,6 +338,27 @@ TEST_F(Lying, OpenInAnotherProgramThatGoesOnWriting) {
   EXPECT_EQ(sum(path), 15);
   writer.run("INSERT INTO T VALUES (16)");
   EXPECT_EQ(sum(path), 31);
+}
+
+TEST_F(Lying, OpenedWithoutLocksTellsThatAnotherProgramBeganToWrite) {
+  makeStore("WAL");
+  {
+    const auto database = SQLiteDatabase::openForReading(path);
+    ASSERT_TRUE(database.ok()) << database.error().text();
+    const OtherProgram other(path);
+    other.run("PRAGMA schema_version");
+    EXPECT_FALSE(database->wasChanged()) << "it is only read";
+    other.run("INSERT INTO T VALUES (2)");
+    EXPECT_TRUE(database->wasChanged());
+  }
+  EditDatabase(path).keepLog().run("INSERT INTO T VALUES (2)");
+  folder.remove("store.db-shm");
+  const auto database = SQLiteDatabase::openForReading(path);
+  ASSERT_TRUE(database.ok()) << database.error().text();
+  EXPECT_FALSE(database->wasChanged());
+  const OtherProgram other(path);
+  other.run("INSERT INTO T VALUES (4)");
+  EXPECT_TRUE(database->wasChanged());
 }
 
 TEST_F(Lying, InAFolderThatMayNotBeWritten) {
