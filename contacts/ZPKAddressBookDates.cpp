@@ -16,6 +16,24 @@ const PropertyList& parentSetting(Platform& platform, std::string_view key) {
   return found == domain->end() ? nil : found->second;
 }
 
+struct MetadataFolders {
+  explicit MetadataFolders(Platform& platform) {
+    NSDirectoryEnumerator walk(platform.fileManager(),
+                               appendingPathComponent(platform.homeDirectory(),
+                                                      "Library/Application Support/AddressBook"));
+    while (const auto path = walk.nextObject()) {
+      if (!path->ends_with("Metadata")) continue;
+      walk.skipDescendents();
+      if (const auto attributes = walk.fileAttributes()) {
+        latest = std::max(latest, attributes->modificationDate);
+      }
+    }
+    wereAllSeen = walk.failures().empty();
+  }
+  Date latest = kUnixEpoch;  ///< change of one
+  bool wereAllSeen = false;
+};
+
 std::string capitalizedName(Platform& platform, const char* code) {
   const ABAddressBook& book = platform.sharedAddressBook();
   return book.capitalized(book.localizedPropertyOrLabel(code));
@@ -24,24 +42,14 @@ std::string capitalizedName(Platform& platform, const char* code) {
 }  // namespace
 
 bool ZPKAddressBookDates::shouldHelperRun(Platform& platform, Date lastRun) {
-  const Date modified = addressBookLastModifed(platform);
+  const MetadataFolders folders(platform);
   const Date* launched = parentSetting(platform, keys::kLastLaunched).date();
-  return (launched == nullptr ? modified : std::max(modified, *launched)) > lastRun;
+  return !folders.wereAllSeen ||
+         (launched == nullptr ? folders.latest : std::max(folders.latest, *launched)) > lastRun;
 }
 
 Date ZPKAddressBookDates::addressBookLastModifed(Platform& platform) {
-  Date latest = kUnixEpoch;
-  NSDirectoryEnumerator walk(
-      platform.fileManager(),
-      appendingPathComponent(platform.homeDirectory(), "Library/Application Support/AddressBook"));
-  while (const auto path = walk.nextObject()) {
-    if (!path->ends_with("Metadata")) continue;
-    walk.skipDescendents();
-    if (const auto attributes = walk.fileAttributes()) {
-      latest = std::max(latest, attributes->modificationDate);
-    }
-  }
-  return latest;
+  return MetadataFolders(platform).latest;
 }
 
 std::string ZPKAddressBookDates::userPrimaryEmail(Platform& platform) {
@@ -61,8 +69,9 @@ std::string ZPKAddressBookDates::localizedAnniversaryString(Platform& platform) 
 }
 
 ZPKAddressBookDates::ZPKAddressBookDates(Platform& platform)
-    : platform_(platform), myMultiAddressBook(platform) {
-  (void)filterGroupID();
+    : platform_(platform),
+      myMultiAddressBook(platform,
+                         filterGroupID().empty() ? GroupsAre::optional : GroupsAre::needed) {
   (void)filterLabels();
 }
 
@@ -77,6 +86,7 @@ const ContactDates& ZPKAddressBookDates::addressBookCustomDates() {
 }
 
 ContactDates ZPKAddressBookDates::filtered(const std::vector<ContactDateRecord>& all) {
+  presentFailedFetches();
   provisionalGroupMembers.assign(all.begin(), all.end());
   return filterArrayByLabels(filterArrayByGroup());
 }
@@ -107,6 +117,24 @@ ContactDates ZPKAddressBookDates::filterArrayByGroup() {
            record.groups.end();
   });
   return members;
+}
+
+std::unordered_set<std::string> ZPKAddressBookDates::dateUIDs() {
+  std::unordered_set<std::string> uids;
+  for (const auto* list :
+       {&myMultiAddressBook.birthdayDates(), &myMultiAddressBook.anniversaryDates()}) {
+    for (const ContactDateRecord& record : *list) uids.insert(record.dateUID);
+  }
+  presentFailedFetches();
+  return uids;
+}
+
+void ZPKAddressBookDates::presentFailedFetches() {
+  for (const auto& section : myMultiAddressBook.addressBookStores()) {
+    for (const Error& error : section->takeFailedFetches()) {
+      platform_.application().presentError(error);
+    }
+  }
 }
 
 ContactDates ZPKAddressBookDates::filterArrayByLabels(ContactDates records) {

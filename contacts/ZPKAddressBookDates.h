@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "contacts/ContactDateRecord.h"
@@ -20,7 +21,8 @@ using ContactDates = std::vector<std::reference_wrapper<const ContactDateRecord>
 /// ZPKQueryAddressBook and live as long as this object.
 class ZPKAddressBookDates {
  public:
-  /// `shouldHelperRun:`: whether contacts or parent changed strictly after the last run.
+  /// `shouldHelperRun:`: whether contacts or parent changed strictly after the last run, or a
+  /// folder of the contacts cannot be listed, so that nobody knows.
   [[nodiscard]] static bool shouldHelperRun(Platform& platform, Date lastRun);
   /// The latest change of the address book's Metadata folders; the Unix epoch without any.
   [[nodiscard]] static Date addressBookLastModifed(Platform& platform);
@@ -45,10 +47,15 @@ class ZPKAddressBookDates {
   [[nodiscard]] ContactDates filterArrayByGroup();
   /// `filterArrayByLabels:`
   [[nodiscard]] ContactDates filterArrayByLabels(ContactDates records);
+  /// Whether all contacts could be read so far; what could not was presented.
+  [[nodiscard]] bool wasReadWhole() const { return myMultiAddressBook.wasReadWhole(); }
+  /// The identifiers of all dates that can be read, chosen or not.
+  [[nodiscard]] std::unordered_set<std::string> dateUIDs();
   /// What the lists are chosen from.
   [[nodiscard]] ZPKQueryAddressBook& addressBook() { return myMultiAddressBook; }
 
  private:
+  void presentFailedFetches();
   [[nodiscard]] ContactDates filtered(const std::vector<ContactDateRecord>& all);
 
   Platform& platform_;

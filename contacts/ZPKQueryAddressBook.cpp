@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "contacts/ZPKQueryAddressBook.h"
 
+#include <algorithm>
 #include <iterator>
 #include <set>
 
@@ -25,7 +26,8 @@ void append(std::vector<Item>& list, std::vector<Item>&& more) {
 
 }  // namespace
 
-ZPKQueryAddressBook::ZPKQueryAddressBook(Platform& platform) : platform_(platform) {
+ZPKQueryAddressBook::ZPKQueryAddressBook(Platform& platform, GroupsAre groups)
+    : platform_(platform), groups_(groups) {
   (void)addressBookStores();
 }
 
@@ -39,10 +41,21 @@ ZPKQueryAddressBook::addressBookStores() {
   while (const auto path = walk.nextObject()) {
     if (path->ends_with("Metadata") || path->ends_with("Images")) walk.skipDescendents();
     if (!isStoreFile(*path)) continue;
-    stores.push_back(std::make_unique<ZPKQueryAddressBookSection>(platform_, folder + "/" + *path));
+    stores.push_back(
+        std::make_unique<ZPKQueryAddressBookSection>(platform_, folder + "/" + *path, groups_));
+  }
+  for (const Error& failure : walk.failures()) {
+    foldersWereRead_ = false;
+    platform_.application().presentError(failure);
   }
   addressBookStores_ = std::move(stores);
   return *addressBookStores_;
+}
+
+bool ZPKQueryAddressBook::wasReadWhole() const {
+  return foldersWereRead_ &&
+         std::all_of(addressBookStores_->begin(), addressBookStores_->end(),
+                     [](const auto& section) { return section->wasReadWhole(); });
 }
 
 ZPKQueryAddressBookSection::Items ZPKQueryAddressBook::arrayForEntity(const std::string& name) {

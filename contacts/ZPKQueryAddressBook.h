@@ -13,8 +13,8 @@ namespace annivo {
 /// All stores of the person's address book, merged in the order in which the walk meets them.
 class ZPKQueryAddressBook {
  public:
-  /// Finds and opens every store.
-  explicit ZPKQueryAddressBook(Platform& platform);
+  /// Finds and opens every store. A folder that is there and cannot be listed is presented.
+  explicit ZPKQueryAddressBook(Platform& platform, GroupsAre groups = GroupsAre::optional);
 
   /// Found once: a store that is added later is not seen.
   [[nodiscard]] const std::vector<std::unique_ptr<ZPKQueryAddressBookSection>>& addressBookStores();
@@ -27,9 +27,13 @@ class ZPKQueryAddressBook {
   [[nodiscard]] const std::vector<GroupRecord>& addressBookGroups();
   /// The distinct labels of all stores.
   [[nodiscard]] std::vector<std::string> addressbookCustomDateLabels();
+  /// Whether every folder and all that was asked of the stores so far could be read.
+  [[nodiscard]] bool wasReadWhole() const;
 
  private:
   Platform& platform_;
+  GroupsAre groups_;
+  bool foldersWereRead_ = true;
   std::optional<std::vector<ContactDateRecord>> birthdayDates_;
   std::optional<std::vector<ContactDateRecord>> anniversaryDates_;
   std::optional<std::vector<GroupRecord>> addressBookGroups_;

@@ -56,6 +56,7 @@ NSPersistentStoreCoordinator* ZPKQueryAddressBookSection::persistentStoreCoordin
   auto coordinator =
       std::make_unique<NSPersistentStoreCoordinator>(*model, platform_.storeEnvironment());
   if (const auto added = coordinator->addPersistentStore(StoreType::sqlite, dbPath_); !added) {
+    wasReadWhole_ = false;
     platform_.application().presentError(added.error());
     return nullptr;
   }

@@ -20,8 +20,9 @@ std::optional<Date> dateOf(const PropertyList& value) {
 
 }  // namespace
 
-ZPKQueryAddressBookSection::ZPKQueryAddressBookSection(Platform& platform, std::string path)
-    : platform_(platform), dbPath_(std::move(path)) {
+ZPKQueryAddressBookSection::ZPKQueryAddressBookSection(Platform& platform, std::string path,
+                                                       GroupsAre groups)
+    : platform_(platform), dbPath_(std::move(path)), groups_(groups) {
   (void)abGroups();
 }
 
@@ -31,7 +32,7 @@ std::vector<NSManagedObject*> ZPKQueryAddressBookSection::fetchedItemsForEntity(
 }
 
 std::optional<std::vector<NSManagedObject*>> ZPKQueryAddressBookSection::fetch(
-    const std::string& name) {
+    const std::string& name, Failure failure) {
   static const auto hasBirthday = NSPredicateFormat::parse("((birthday != nil))");
   NSManagedObjectContext* context = managedObjectContext();
   if (context == nullptr) return std::nullopt;
@@ -39,10 +40,17 @@ std::optional<std::vector<NSManagedObject*>> ZPKQueryAddressBookSection::fetch(
   if (name == "ABCDContact") request.predicate = hasBirthday.with({});
   auto fetched = context->executeFetchRequest(request);
   logNotes();
-  if (!fetched) {
-    platform_.log().write(fetched.error().text());
-    return std::nullopt;
+  const auto& unread = persistentStoreCoordinator_->store()->unreadRelationship();
+  if (fetched && !unread) return std::move(*fetched);
+  const Error& error = fetched ? *unread : fetched.error();
+  platform_.log().write(error.text());
+  // Of relationships only those to groups are to many.
+  const bool isLack = fetched ? groups_ == GroupsAre::needed : failure == Failure::isLack;
+  if (isLack) {
+    wasReadWhole_ = false;
+    failedFetches_.push_back(error);
   }
+  if (!fetched || isLack) return std::nullopt;
   return std::move(*fetched);
 }
 
@@ -55,9 +63,10 @@ void ZPKQueryAddressBookSection::logNotes() {
 
 const std::vector<GroupWithParents>& ZPKQueryAddressBookSection::abGroups() {
   if (ancestry_) return abGroups_;
-  const auto groups = fetch("ABCDGroup");
-  if (!groups) return abGroups_;
-  for (const NSManagedObject* group : *groups) {
+  const bool needed = groups_ == GroupsAre::needed;
+  const auto groups = fetch("ABCDGroup", needed ? Failure::isLack : Failure::isLogged);
+  if (!groups && (needed || managedObjectContext_ == nullptr)) return abGroups_;
+  for (const NSManagedObject* group : groups.value_or(std::vector<NSManagedObject*>{})) {
     abGroups_.push_back({shortRecord(*group), group->toMany("parentGroups")});
   }
   ancestry_.emplace(abGroups_);
@@ -88,8 +97,7 @@ ZPKQueryAddressBookSection::Items ZPKQueryAddressBookSection::arrayForEntity(
     }
   } else if (name == "ABCDContact" || name == "ABCDContactDate") {
     (void)abGroups();
-    // Whatever holds the people holds their groups: a second wait for a locked store is in vain.
-    if (!ancestry_) return items;
+    if (!ancestry_) return items;  // No store, or none of the groups that are needed.
     const ABAddressBook& book = platform_.sharedAddressBook();
     const std::string birthday = book.localizedPropertyOrLabel(kABBirthdayProperty);
     const std::string anniversary =

@@ -51,15 +51,17 @@ PropertyList defaultFor(const std::string& key, Platform& platform) {
   return {};
 }
 
+/// All but the e-mail address.
 constexpr const char* kKeysWithDefaults[] = {
-    keys::kBirthCalTitle, keys::kAneeCalTitle, keys::kBirthCalUID,    keys::kAneeCalUID,
-    keys::kSelectedGroup, keys::kAppRunning,   keys::kTitleBirthdays, keys::kTitleAnniversaries,
-    keys::kAlarmTable,    keys::kSetEmail,     keys::kAlarmFilePath,  keys::kSelectedSystemSound};
+    keys::kBirthCalTitle,  keys::kAneeCalTitle,       keys::kBirthCalUID,
+    keys::kAneeCalUID,     keys::kSelectedGroup,      keys::kAppRunning,
+    keys::kTitleBirthdays, keys::kTitleAnniversaries, keys::kAlarmTable,
+    keys::kAlarmFilePath,  keys::kSelectedSystemSound};
 
 }  // namespace
 
-const PropertyList& AnvCalPrefs::prefs() {
-  if (appPrefs) return *appPrefs;
+const PropertyList::Dictionary& AnvCalPrefs::allButEmail() {
+  if (allButEmail_) return *allButEmail_;
   PropertyList::Dictionary values;
   if (const auto& stored =
           platform_.standardUserDefaults().persistentDomainForName(kParentDomain)) {
@@ -70,19 +72,33 @@ const PropertyList& AnvCalPrefs::prefs() {
   for (const char* key : kKeysWithDefaults) {
     if (!values.contains(key)) values.emplace(key, defaultFor(key, platform_));
   }
-  appPrefs.emplace(std::move(values));
-  return *appPrefs;
+  return allButEmail_.emplace(std::move(values));
+}
+
+const PropertyList& AnvCalPrefs::prefs() {
+  if (appPrefs) return *appPrefs;
+  PropertyList::Dictionary values = allButEmail();
+  if (!values.contains(keys::kSetEmail))
+    values.emplace(keys::kSetEmail, defaultFor(keys::kSetEmail, platform_));
+  return appPrefs.emplace(std::move(values));
+}
+
+const PropertyList& AnvCalPrefs::valueForKey(const std::string& key) {
+  static const PropertyList nil;
+  if (key == keys::kSetEmail) return prefs()[key];
+  const auto found = allButEmail().find(key);
+  return found == allButEmail().end() ? nil : found->second;
 }
 
 std::string AnvCalPrefs::text(const std::string& key) {
-  const PropertyList& value = prefs()[key];
+  const PropertyList& value = valueForKey(key);
   if (value.string()) return *value.string();
   if (!value.isNil()) report(key, "text");
   return defaultFor(key, platform_).stringOr("");
 }
 
 std::vector<std::string> AnvCalPrefs::texts(const std::string& key) {
-  PropertyList value = prefs()[key];
+  PropertyList value = valueForKey(key);
   if (!value.array()) {
     if (!value.isNil()) report(key, "list of texts");
     value = defaultFor(key, platform_);

@@ -18,6 +18,8 @@ class AnvCalPrefs {
   /// The parent's stored values laid over the defaults; every key that the parent stores is in it,
   /// known or not, with its type as stored. Read from disk at the first call only.
   [[nodiscard]] const PropertyList& prefs();
+  /// One value of `prefs`. Contacts are opened, for the own card, by "setEmail" alone.
+  [[nodiscard]] const PropertyList& valueForKey(const std::string& key);
 
   /// The text under a key of `prefs`. A value that is no text is reported in the log, with its file
   /// and key, and the key's default given in its place ("" where it has none).
@@ -27,9 +29,11 @@ class AnvCalPrefs {
   [[nodiscard]] std::vector<std::string> texts(const std::string& key);
 
  private:
+  [[nodiscard]] const PropertyList::Dictionary& allButEmail();
   void report(const std::string& key, const std::string& expected);
 
   Platform& platform_;
+  std::optional<PropertyList::Dictionary> allButEmail_;  ///< unless the parent stores it
   std::optional<PropertyList> appPrefs;
   std::set<std::string> reported_;
 };

@@ -20,12 +20,11 @@ std::int64_t intervalIn(const PropertyList& stored) {
 }  // namespace
 
 void myController::launchSparkle() {
-  const PropertyList& prefs = appPrefs->prefs();
   const Date now = platform_.clock().now();
-  const Date* last = prefs[keys::kSULastCheckTime].date();
-  if (!updateCheckIsDue(intervalIn(prefs[keys::kSUScheduledCheckInterval]),
+  const Date* last = appPrefs->valueForKey(keys::kSULastCheckTime).date();
+  if (!updateCheckIsDue(intervalIn(appPrefs->valueForKey(keys::kSUScheduledCheckInterval)),
                         timeInterval(last ? *last : now, now),
-                        prefs[keys::kSUEnableAutomaticChecks].boolValue())) {
+                        appPrefs->valueForKey(keys::kSUEnableAutomaticChecks).boolValue())) {
     return;
   }
 

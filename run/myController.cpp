@@ -58,7 +58,7 @@ void myController::applicationDidFinishLaunching() {
 myController::Decision myController::decide() {
   myCalendarItems = std::make_unique<ZPKCalendarItems>(platform_);
   if (defaults->objectForKey(keys::kAlarmSet).isEqualToString("1")) return Decision::emptyCalendars;
-  if (!appPrefs->prefs()[keys::kAppRunning].isTheTrueObject()) return Decision::emptyCalendars;
+  if (!appPrefs->valueForKey(keys::kAppRunning).isTheTrueObject()) return Decision::emptyCalendars;
   const PropertyList& stored = defaults->objectForKey(keys::kLastUpdate);
   // A time that is still to come is no time of a run: a clock was wrong then, or is now.
   const bool isPast = stored.date() && *stored.date() <= platform_.clock().now();
@@ -106,6 +106,8 @@ void myController::pass() {
     }
   }
 
+  // Nobody's events go because his contact could not be read.
+  if (!theDates->wasReadWhole()) myCalendarItems->confirmEventsOfDatesNotIn(theDates->dateUIDs());
   myCalendarItems->removeOtherEvents();
   // The time of the run says that the calendars are as they should be, so they must be on disk
   // before it is.
@@ -129,7 +131,7 @@ bool myController::somethingChangedMeanwhile(Date addressBook) {
                            platform_.homeDirectory());
   const auto& parent = stored.domain(kParentDomain);
   return parent &&
-         PropertyList(*parent)[keys::kLastLaunched] != appPrefs->prefs()[keys::kLastLaunched];
+         PropertyList(*parent)[keys::kLastLaunched] != appPrefs->valueForKey(keys::kLastLaunched);
 }
 
 void myController::sendCalendarTypeWithFormat(CalendarType type,

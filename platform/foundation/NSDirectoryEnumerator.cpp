@@ -11,7 +11,10 @@ NSDirectoryEnumerator::NSDirectoryEnumerator(const NSFileManager& files, std::st
 void NSDirectoryEnumerator::enter(const std::string& relativePath) {
   auto entries =
       files_.contentsOfDirectory(relativePath.empty() ? root_ : root_ + "/" + relativePath);
-  if (!entries) return;
+  if (!entries) {
+    if (entries.error().kind != Error::Kind::absent) failures_.push_back(entries.error());
+    return;
+  }
   levels_.push_back(
       {.prefix = relativePath.empty() ? "" : relativePath + "/", .entries = *std::move(entries)});
 }

@@ -144,8 +144,8 @@ class PosixFileManager final : public NSFileManager {
 };
 
 /// A depth-first walk that yields paths relative to its root, parents before their contents, the
-/// entries of a folder in name order. Links are not entered. A folder that cannot be listed yields
-/// nothing beneath it; a missing root yields nothing at all.
+/// entries of a folder in name order. Links are not entered. A folder that is there and cannot be
+/// listed yields nothing beneath it and a failure; a missing root yields nothing at all.
 class NSDirectoryEnumerator {
  public:
   NSDirectoryEnumerator(const NSFileManager& files, std::string root);
@@ -155,6 +155,8 @@ class NSDirectoryEnumerator {
   void skipDescendents() { enterPending_ = false; }
   /// Attributes of the entry just returned, its links not followed.
   [[nodiscard]] std::optional<FileAttributes> fileAttributes() const;
+  /// Why folders met so far could not be listed, in the order of the walk.
+  [[nodiscard]] const std::vector<Error>& failures() const { return failures_; }
 
  private:
   struct Level {
@@ -167,6 +169,7 @@ class NSDirectoryEnumerator {
   const NSFileManager& files_;
   std::string root_;
   std::vector<Level> levels_;
+  std::vector<Error> failures_;
   std::string current_;
   bool enterPending_ = false;
 };

@@ -139,27 +139,9 @@ INSTANTIATE_TEST_SUITE_P(
                                home.folder().remove(store);
                                home.folder().makeFolder(store);
                              },
-                             ""},
-                    Unusable{"WithAChangeThatACrashLeftUnfinished",
-                             [](AddressBookHome& home, const std::string& store) {
-                               std::string half, journal;
-                               {
-                                 EditDatabase writer(home.path(store));
-                                 writer.run(
-                                     "PRAGMA cache_size = 1; BEGIN; UPDATE ZABCDRECORD SET ZNAME = "
-                                     "hex(randomblob(9000)); UPDATE ZABCDCONTACTDATE SET ZLABEL = "
-                                     "hex(randomblob(9000))");
-                                 half = home.readFile(store);
-                                 journal = home.readFile(store + "-journal");
-                                 writer.run("ROLLBACK");
-                               }
-                               home.writeFile(store, half);
-                               home.writeFile(store + "-journal", journal);
-                             },
-                             "another program left a change in it unfinished"}),
+                             ""}),
     [](const auto& row) { return std::string(row.param.name); });
 
-// Each attempt on it waits for its 5 s, so little is asked.
 TEST(LockedStore, IsPresentedOnceAndTheOthersCount) {
   ThreeStores book;
   book.write(StoreGeneration::current);

@@ -124,11 +124,15 @@ TEST(ZPKAddressBookDates, ListsAreMadeOnce) {
   AddressBookHome home;
   writeFourPeople(home);
   ZPKAddressBookDates dates(home.platform());
-  const ContactDates* births = &dates.addressBookBirthDates();
+  const auto* births = dates.addressBookBirthDates().data();
+  const auto* others = dates.addressBookCustomDates().data();
   home.editStore("DELETE FROM ZABCDRECORD");
   home.parentPreferences({{"selectedGroupUID", "A"}});
-  EXPECT_EQ(&dates.addressBookBirthDates(), births);
-  EXPECT_EQ(births->size(), 4U);
+  EXPECT_EQ(dates.addressBookBirthDates().data(), births);
+  EXPECT_EQ(dates.addressBookBirthDates().size(), 4U);
+  EXPECT_EQ(dates.filterArrayByGroup().front().get().dateType, "Anniversary")
+      << "the list that was made last is the one that is filtered";
+  EXPECT_EQ(dates.addressBookCustomDates().data(), others);
 }
 
 TEST(ZPKAddressBookDates, FilterPreferencesOfAnotherTypeChooseNothing) {

@@ -123,13 +123,27 @@ TEST(ZPKQueryAddressBook, ListsAreMadeOnce) {
   const auto* groups = &book.addressBookGroups();
   home.folder().remove(kMainStore);
   home.writeStore({}, {}, sourceStore("A"));
-  EXPECT_EQ(&book.birthdayDates(), birthdays);
-  EXPECT_EQ(&book.anniversaryDates(), anniversaries);
-  EXPECT_EQ(&book.addressBookGroups(), groups);
+  const auto* birthday = birthdays->data();
+  const auto* anniversary = anniversaries->data();
+  const auto* group = groups->data();
+  EXPECT_EQ(book.birthdayDates().data(), birthday);
+  EXPECT_EQ(book.anniversaryDates().data(), anniversary);
+  EXPECT_EQ(book.addressBookGroups().data(), group);
   EXPECT_EQ(birthdays->size(), 1U);
   EXPECT_EQ(anniversaries->size(), 1U);
   EXPECT_EQ(groups->size(), 1U);
   EXPECT_EQ(book.addressBookStores().size(), 1U);
+}
+
+TEST(ZPKQueryAddressBook, TheLabelsAreAskedForOnce) {
+  AddressBookHome home;
+  home.writeStore({dated("P", "x")});
+  home.editStore("UPDATE ZABCDCONTACTDATE SET ZLABEL = hex(zeroblob(9000000))");
+  ZPKQueryAddressBook book(home.platform());
+  EXPECT_TRUE(book.addressbookCustomDateLabels().empty());
+  ASSERT_EQ(home.log.count(home.path(kMainStore)), 1U);
+  EXPECT_TRUE(book.addressbookCustomDateLabels().empty());
+  EXPECT_EQ(home.log.count(home.path(kMainStore)), 1U) << "or the failed fetch were logged again";
 }
 
 TEST(ZPKQueryAddressBook, StopsWhereThereIsNoModel) {

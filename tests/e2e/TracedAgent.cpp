@@ -122,6 +122,14 @@ std::optional<std::string> changeAtEntry(pid_t child) {
   return std::nullopt;
 }
 
+/// Whether the child is about to open that path.
+bool opensAtEntry(pid_t child, const std::string& path) {
+  __ptrace_syscall_info info{};
+  return ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info) >= 0 &&
+         info.op == PTRACE_SYSCALL_INFO_ENTRY && info.entry.nr == SYS_openat &&
+         textAt(child, info.entry.args[1]) == path;
+}
+
 /// At the entry of a call: lets it return with that errno and do nothing.
 void failCall([[maybe_unused]] pid_t child, [[maybe_unused]] int code) {
 #ifdef __x86_64__
@@ -181,6 +189,10 @@ TracedRun traceAgent(const std::string& home, Disturbance disturbance) {
     const int stopped = WSTOPSIG(status);
     signal = stopped == (SIGTRAP | 0x80) || stopped == SIGTRAP ? 0 : stopped;
     if (stopped != (SIGTRAP | 0x80)) continue;
+    if (disturbance.kind == Disturbance::Kind::failOpening) {
+      if (opensAtEntry(child, disturbance.path)) failCall(child, disturbance.code);
+      continue;
+    }
     auto change = changeAtEntry(child);
     if (!change) continue;
     run.changes.push_back(std::move(*change));

@@ -19,10 +19,11 @@ struct TracedRun {
 
 /// What happens to one of those calls, counted from 1, before it does anything.
 struct Disturbance {
-  enum class Kind { none, kill, fail };
+  enum class Kind { none, kill, fail, failOpening };
   Kind kind = Kind::none;
   std::size_t number = 0;
-  int code = 0;  ///< the errno of a call that fails
+  int code = 0;           ///< the errno of a call that fails
+  std::string path = {};  ///< failOpening: each opening of exactly this, however many
 };
 
 /// Whether this machine's calls can be made to fail.

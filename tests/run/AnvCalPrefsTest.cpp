@@ -55,6 +55,22 @@ TEST(AnvCalPrefs, LaysStoredValuesOverTheDefaultsAndKeepsUnknownKeys) {
   EXPECT_EQ(prefs.prefs()["aneeCalTitle"], PropertyList("Anniversary"));
 }
 
+TEST(AnvCalPrefs, OpensTheContactsForTheEmailAddressAlone) {
+  TestHome home;
+  const std::string store = "Library/Application Support/AddressBook/AddressBook-v22.abcddb";
+  home.writeFile(store, "no store");
+  AnvCalPrefs prefs(home.platform());
+  EXPECT_EQ(prefs.valueForKey("appRunning"), PropertyList(true));
+  EXPECT_TRUE(prefs.valueForKey("SULastCheckTime").isNil());
+  EXPECT_EQ(prefs.text("birthCalUID"), "");
+  EXPECT_EQ(prefs.texts("titleBirthdays").size(), 5U);
+  EXPECT_EQ(home.log.count(store), 0U);
+  EXPECT_EQ(prefs.valueForKey("setEmail"), PropertyList("No Email Set"));
+  EXPECT_EQ(home.log.count(store), 1U);
+  EXPECT_EQ(prefs.prefs()["setEmail"], PropertyList("No Email Set"));
+  EXPECT_EQ(home.log.count(store), 1U) << "and once";
+}
+
 TEST(AnvCalPrefs, IgnoresFallbackValuesOfOtherDomains) {
   TestHome home;
   home.preferences(kGlobalDomain, {{"birthCalUID", "global"}});
