@@ -3,6 +3,7 @@
 
 #include "calendar/AlarmKind.h"
 #include "contacts/ZPKAddressBookDates.h"
+#include "run/PreferenceTypes.h"
 
 namespace annivo {
 
@@ -66,6 +67,7 @@ const PropertyList::Dictionary& AnvCalPrefs::allButEmail() {
   if (const auto& stored =
           platform_.standardUserDefaults().persistentDomainForName(kParentDomain)) {
     values = *stored;
+    reportParentTypes(platform_);
   }
   // A default that the parent's own value hides is not made: the e-mail address and the titles have
   // to be looked up.
@@ -92,33 +94,18 @@ const PropertyList& AnvCalPrefs::valueForKey(const std::string& key) {
 
 std::string AnvCalPrefs::text(const std::string& key) {
   const PropertyList& value = valueForKey(key);
-  if (value.string()) return *value.string();
-  if (!value.isNil()) report(key, "text");
-  return defaultFor(key, platform_).stringOr("");
+  return value.string() ? *value.string() : defaultFor(key, platform_).stringOr("");
 }
 
 std::vector<std::string> AnvCalPrefs::texts(const std::string& key) {
   PropertyList value = valueForKey(key);
-  if (!value.array()) {
-    if (!value.isNil()) report(key, "list of texts");
-    value = defaultFor(key, platform_);
-  }
+  if (!value.array()) value = defaultFor(key, platform_);
   std::vector<std::string> texts;
   if (!value.array()) return texts;
   for (const PropertyList& element : *value.array()) {
-    if (element.string()) {
-      texts.push_back(*element.string());
-    } else {
-      report(key, "list of texts");
-    }
+    if (element.string()) texts.push_back(*element.string());
   }
   return texts;
-}
-
-void AnvCalPrefs::report(const std::string& key, const std::string& expected) {
-  if (!reported_.insert(key).second) return;
-  platform_.log().write(platform_.preferenceDomains().path(kParentDomain) + ": the value of \"" +
-                        key + "\" is no " + expected + "; it is left as it is and not used");
 }
 
 }  // namespace annivo

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -16,26 +15,24 @@ class AnvCalPrefs {
   explicit AnvCalPrefs(Platform& platform) : platform_(platform) {}
 
   /// The parent's stored values laid over the defaults; every key that the parent stores is in it,
-  /// known or not, with its type as stored. Read from disk at the first call only.
+  /// known or not, with its type as stored; a known key's value of another type is named in the
+  /// log. Read from disk at the first call only.
   [[nodiscard]] const PropertyList& prefs();
   /// One value of `prefs`. Contacts are opened, for the own card, by "setEmail" alone.
   [[nodiscard]] const PropertyList& valueForKey(const std::string& key);
 
-  /// The text under a key of `prefs`. A value that is no text is reported in the log, with its file
-  /// and key, and the key's default given in its place ("" where it has none).
+  /// The text under a key of `prefs`; for a value that is no text the key's default ("" where it
+  /// has none).
   [[nodiscard]] std::string text(const std::string& key);
-  /// The texts under a key of `prefs`, reported in the same way; what is no text in the array is
-  /// left out.
+  /// The texts under a key of `prefs`, in the same way; what is no text in the array is left out.
   [[nodiscard]] std::vector<std::string> texts(const std::string& key);
 
  private:
   [[nodiscard]] const PropertyList::Dictionary& allButEmail();
-  void report(const std::string& key, const std::string& expected);
 
   Platform& platform_;
   std::optional<PropertyList::Dictionary> allButEmail_;  ///< unless the parent stores it
   std::optional<PropertyList> appPrefs;
-  std::set<std::string> reported_;
 };
 
 }  // namespace annivo

@@ -3,6 +3,7 @@
 
 #include "format/ZPKAnvCCalendarItemsFormat.h"
 #include "platform/LoggingSwitch.h"
+#include "run/PreferenceTypes.h"
 #include "run/ZPKLimitSystem.h"
 
 namespace annivo {
@@ -33,6 +34,8 @@ void myController::awakeFromNib(NSWindow window) {
   log("Annivo open");  // Silent: the defaults that hold the switch are not there yet.
   defaults = &platform_.standardUserDefaults();
   defaults->registerDefaults({{keys::kLastUpdate, kUnixEpoch}, {keys::kAlarmSet, "0"}});
+  endIfPreferencesCannotBeUsed();
+  reportOwnTypes(platform_);
   appPrefs = std::make_unique<AnvCalPrefs>(platform_);
   log("Annivo starting");
   mainWindow = window;
@@ -164,6 +167,19 @@ void myController::openParentAndOuit() {
     (void)workspace.launchApplication(*path);
   }
   platform_.application().terminate();
+}
+
+void myController::endIfPreferencesCannotBeUsed() {
+  bool usable = true;
+  for (const char* domain : {kParentDomain, kAgentDomain}) {
+    if (const Error* failure = platform_.preferenceDomains().failure(domain)) {
+      Error error = *failure;
+      error.failureReason += " Nothing was changed; the next run that can read it goes on.";
+      platform_.application().presentError(error);
+      usable = false;
+    }
+  }
+  if (!usable) platform_.application().terminate();
 }
 
 void myController::log(const std::string& line) {

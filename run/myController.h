@@ -61,6 +61,9 @@ class myController final : public NSApplicationDelegate, public SUUpdaterDelegat
   [[nodiscard]] ZPKAddressBookDates* dates() const { return theDates.get(); }
 
  private:
+  /// Presents preferences that are there and cannot be used, and terminates: what they order is
+  /// not known, so that nothing may be changed. Returns where all can be used.
+  void endIfPreferencesCannotBeUsed();
   void log(const std::string& line);
 
   Platform& platform_;

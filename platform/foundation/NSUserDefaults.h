@@ -3,6 +3,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,17 +18,23 @@ namespace annivo {
 /// first asked for, and changed key by key: a change is merged into the file as it then stands,
 /// under a lock, so that a key which another program writes at the same moment is not lost.
 ///
-/// A damaged file (no property list, or one that is no dictionary) is logged with its name and
-/// counts as absent; before a change is written it is set aside as "<name>.damaged-<time>". An
-/// unreadable file is logged and never written.
+/// A file that is there and cannot be used has no values, and failure() says why: it is damaged (no
+/// property list, or one that is no dictionary) or unreadable. Before a change is written a damaged
+/// file is set aside as "<name>.damaged-<time>"; an unreadable one is never written.
 class PreferenceDomains {
  public:
   /// `home` exists; `<home>/Library/Preferences` need not, and is made when first written to.
   PreferenceDomains(NSFileManager& files, const Clock& clock, Log& log, std::string home);
 
-  /// What the domain itself stores; nothing when there is no such file. The same object at each
-  /// call.
+  /// What the domain itself stores; nothing when there is no such file, or none that can be used,
+  /// which the log then names once. The same object at each call.
   [[nodiscard]] const std::optional<PropertyList::Dictionary>& domain(const std::string& name);
+  /// Why the domain's file, though it is there, cannot be used; null where it can, or is absent.
+  /// The caller is the one to say so: the log no longer names it.
+  [[nodiscard]] const Error* failure(const std::string& name);
+  /// Names a value of another type than its program expects in the log, with its file and key,
+  /// each once. `expected` is what it should be ("text").
+  void reportType(const std::string& name, const std::string& key, const std::string& expected);
   /// Sets one key in memory; nil removes it. Nothing is written before synchronize.
   void set(const std::string& name, const std::string& key, PropertyList value);
   /// Writes the changed keys of a domain, durably and only if the file then differs. The
@@ -39,14 +46,17 @@ class PreferenceDomains {
   struct State {
     std::optional<PropertyList::Dictionary> values;
     std::map<std::string, PropertyList> changes;
+    std::optional<Error> failure;
+    bool failureIsTold = false;
+    std::set<std::string> reportedTypes;
     bool loaded = false;
   };
-  enum class Damage { none, malformed, unreadable };
+  /// What a file holds: nothing, and no failure, where it is absent.
   struct Stored {
     std::optional<PropertyList::Dictionary> values;
-    Damage damage = Damage::none;
-    Error error;
+    std::optional<Error> failure;
   };
+  State& loaded(const std::string& name);
   [[nodiscard]] Stored read(const std::string& name) const;
   Result<void> write(const std::string& name, State& state);
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <utility>
 
 #include "platform/foundation/NSUserDefaults.h"
 
@@ -34,33 +35,54 @@ PreferenceDomains::Stored PreferenceDomains::read(const std::string& name) const
   const std::string file = path(name);
   auto bytes = files_.contentsAtPath(file);
   if (!bytes) {
-    if (bytes.error().kind == Error::Kind::absent) return {};
-    return {.values = {}, .damage = Damage::unreadable, .error = bytes.error()};
+    // A link that leads nowhere, for now, is there.
+    const bool absent = bytes.error().kind == Error::Kind::absent &&
+                        !files_.attributesAtPath(file, Links::doNotFollow).ok();
+    if (absent) return {};
+    Error error = bytes.error();
+    error.kind = Error::Kind::unreadable;
+    return {.values = {}, .failure = std::move(error)};
   }
   auto list = parsePropertyList(*bytes, file);
-  if (!list) return {.values = {}, .damage = Damage::malformed, .error = list.error()};
-  if (const auto* values = list->dictionary()) {
-    return {.values = *values, .damage = Damage::none, .error = {}};
-  }
+  if (!list) return {.values = {}, .failure = list.error()};
+  if (const auto* values = list->dictionary()) return {.values = *values, .failure = {}};
   return {.values = {},
-          .damage = Damage::malformed,
-          .error = Error{.kind = Error::Kind::malformed,
-                         .domain = "NSCocoaErrorDomain",
-                         .description = file + " holds no preferences.",
-                         .failureReason = "Its property list is no dictionary."}};
+          .failure = Error{.kind = Error::Kind::malformed,
+                           .domain = "NSCocoaErrorDomain",
+                           .description = file + " holds no preferences.",
+                           .failureReason = "Its property list is no dictionary."}};
+}
+
+PreferenceDomains::State& PreferenceDomains::loaded(const std::string& name) {
+  State& state = states_[name];
+  if (state.loaded) return state;
+  state.loaded = true;
+  Stored stored = read(name);
+  state.values = std::move(stored.values);
+  state.failure = std::move(stored.failure);
+  return state;
 }
 
 const std::optional<PropertyList::Dictionary>& PreferenceDomains::domain(const std::string& name) {
-  State& state = states_[name];
-  if (state.loaded) return state.values;
-  state.loaded = true;
-  Stored stored = read(name);
-  if (stored.damage != Damage::none) {
-    log_.write(path(name) + ": these preferences cannot be used and count as absent. " +
-               stored.error.text());
+  State& state = loaded(name);
+  if (state.failure && !std::exchange(state.failureIsTold, true)) {
+    log_.write(path(name) + ": these preferences cannot be used. " + state.failure->text());
   }
-  state.values = std::move(stored.values);
   return state.values;
+}
+
+const Error* PreferenceDomains::failure(const std::string& name) {
+  State& state = loaded(name);
+  if (!state.failure) return nullptr;
+  state.failureIsTold = true;
+  return &*state.failure;
+}
+
+void PreferenceDomains::reportType(const std::string& name, const std::string& key,
+                                   const std::string& expected) {
+  if (!states_[name].reportedTypes.insert(key).second) return;
+  log_.write(path(name) + ": the value of \"" + key + "\" is no " + expected +
+             "; it is left as it is");
 }
 
 void PreferenceDomains::set(const std::string& name, const std::string& key, PropertyList value) {
@@ -91,6 +113,7 @@ Result<void> PreferenceDomains::write(const std::string& name, State& state) {
     applyChanges(state.changes, merged);
     if (merged == *stored.values) {
       state.values = std::move(merged);
+      state.failure.reset();
       return {};
     }
   }
@@ -99,8 +122,8 @@ Result<void> PreferenceDomains::write(const std::string& name, State& state) {
   if (!lock) return lock.error();
 
   Stored stored = read(name);
-  if (stored.damage == Damage::unreadable) return stored.error;
-  if (stored.damage == Damage::malformed) {
+  if (stored.failure) {
+    if (stored.failure->kind != Error::Kind::malformed) return *stored.failure;
     const auto aside = files_.setAside(file, clock_.now());
     if (!aside) return aside.error();
     log_.write(file + ": the damaged file was set aside as " + *aside);
@@ -111,6 +134,7 @@ Result<void> PreferenceDomains::write(const std::string& name, State& state) {
     return written;
   }
   state.values = std::move(merged);
+  state.failure.reset();
   return {};
 }
 

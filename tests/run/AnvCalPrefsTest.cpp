@@ -99,6 +99,10 @@ TEST(AnvCalPrefs, ReportsAValueOfAnotherTypeOnceAndUsesTheDefault) {
   EXPECT_EQ(prefs.texts("titleBirthdays"), std::vector<std::string>{"age"});
   EXPECT_EQ(home.log.count("org.annivo.Annivo2.plist: the value of \"aneeCalTitle\""), 1U);
   EXPECT_EQ(home.log.count("org.annivo.Annivo2.plist: the value of \"titleBirthdays\""), 1U);
+  EXPECT_EQ(prefs.prefs()["aneeCalTitle"], PropertyList(5)) << "handed on as it is";
+  AnvCalPrefs others(home.platform());
+  (void)others.prefs();
+  EXPECT_EQ(home.log.lines().size(), 2U);
 }
 
 }  // namespace

@@ -180,7 +180,42 @@ TEST_F(PreferenceDomainsTest, KeepValuesOfEveryTypeUnderEveryKey) {
 
 // Files that cannot be used.
 
-TEST_F(PreferenceDomainsTest, ReportADamagedFileAndCountItAsAbsent) {
+TEST_F(PreferenceDomainsTest, HaveNoFailureWhereTheFileIsGoodOrAbsent) {
+  PreferenceDomains domains = this->domains();
+  store(Dictionary{{"a", 1}});
+  EXPECT_EQ(domains.failure(kDomain), nullptr);
+  EXPECT_EQ(domains.failure("absent"), nullptr);
+}
+
+TEST_F(PreferenceDomainsTest, SayWhyAFileCannotBeUsedUntilItIsReplaced) {
+  home_.writeFile(kFile, "garbage");
+  PreferenceDomains domains = this->domains();
+  ASSERT_NE(domains.failure(kDomain), nullptr);
+  EXPECT_EQ(domains.failure(kDomain)->kind, Error::Kind::malformed);
+  EXPECT_EQ(domains.domain(kDomain), std::nullopt);
+  EXPECT_TRUE(log_.lines().empty()) << "who asked tells";
+  domains.set(kDomain, "a", 1);
+  EXPECT_NE(domains.failure(kDomain), nullptr);
+  ASSERT_TRUE(domains.synchronize(kDomain));
+  EXPECT_EQ(domains.failure(kDomain), nullptr);
+}
+
+TEST_F(PreferenceDomainsTest, AreUnreadableNotAbsentWhateverTheReadingFailsWith) {
+  store(Dictionary{{"a", 1}});
+  files_.makeUnreadable(home_.path(kFile));
+  PreferenceDomains domains = this->domains();
+  ASSERT_NE(domains.failure(kDomain), nullptr);
+  EXPECT_EQ(domains.failure(kDomain)->kind, Error::Kind::unreadable);
+}
+
+TEST_F(PreferenceDomainsTest, NameAValueOfAnotherTypeOnce) {
+  PreferenceDomains domains = this->domains();
+  for (const char* key : {"a", "b", "a"}) domains.reportType(kDomain, key, "text");
+  EXPECT_EQ(log_.count(home_.path(kFile) + ": the value of \"a\" is no text"), 1u);
+  EXPECT_EQ(log_.lines().size(), 2u);
+}
+
+TEST_F(PreferenceDomainsTest, ReportADamagedFileThatNobodyAskedAboutOnce) {
   home_.writeFile(kFile, "this is no property list");
   const auto before = home_.fingerprint();
   PreferenceDomains domains = this->domains();
