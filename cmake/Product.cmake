@@ -4,6 +4,7 @@ set(ANNIVO_AGENT_APP "${ANNIVO_APP}/Contents/Helpers/AnnivoAgent.app")
 
 add_executable(annivo_agent ${CMAKE_SOURCE_DIR}/run/main.cpp)
 target_link_libraries(annivo_agent PRIVATE annivo_options annivo_run annivo_platform)
+target_compile_definitions(annivo_agent PRIVATE ANNIVO_VERSION="${PROJECT_VERSION}")
 set_target_properties(annivo_agent PROPERTIES OUTPUT_NAME AnnivoAgent
   RUNTIME_OUTPUT_DIRECTORY "${ANNIVO_AGENT_APP}/Contents/Linux")
 # Most of what a run without work costs is the loading of shared libraries.

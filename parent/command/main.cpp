@@ -6,8 +6,11 @@
 #include <iostream>
 
 #include "parent/command/Program.h"
+#include "platform/foundation/ProcessStart.h"
 
 int main(int argc, char** argv) {
+  if (!annivo::openStandardDescriptors()) return 1;
+  annivo::surviveFileSizeLimits();
   const auto environment = [](const char* name) {
     const char* value = std::getenv(name);
     return std::string(value ? value : "");

@@ -86,7 +86,7 @@ struct StandardFiles {
   if (redirected) {
     closeRange(3, static_cast<unsigned>(failure) - 1);
     closeRange(static_cast<unsigned>(failure) + 1, UINT_MAX);
-    ::signal(SIGPIPE, SIG_DFL);
+    for (const int signal : {SIGPIPE, SIGXFSZ}) ::signal(signal, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
