@@ -69,6 +69,7 @@ Platform::Platform(PlatformParts parts)
     : parts_(std::move(parts)), zone_(NSTimeZone::system(parts_.environment("TZ"))) {
   if (!parts_.log) parts_.log = std::make_unique<SystemLog>(*parts_.clock, zone_, kIdent);
   if (!parts_.alerts) parts_.alerts = makeSystemAlerts(*parts_.log, parts_.environment);
+  if (!parts_.runLoop) parts_.runLoop = &ownRunLoop_;
   if (!parts_.launcher) parts_.launcher = std::make_unique<ProcessLauncher>();
   domains_ =
       std::make_unique<PreferenceDomains>(*parts_.files, *parts_.clock, *parts_.log, parts_.home);
@@ -158,8 +159,12 @@ std::string Platform::temporaryDirectory() const {
 }
 
 SUHost Platform::updateHost() {
-  return {runLoop_, *domains_, *parts_.log, *parts_.files,
-          productVersion(*parts_.files, systemFolder_)};
+  return {*parts_.runLoop,
+          *domains_,
+          *parts_.log,
+          *parts_.files,
+          productVersion(*parts_.files, systemFolder_),
+          *parts_.clock};
 }
 
 Result<void> Platform::becomeTheOnlyRun() {

@@ -40,6 +40,7 @@ struct PlatformParts {
   std::unique_ptr<Launcher> launcher;
   /// How long a contacts store that another program has locked is waited for, once a run.
   std::chrono::milliseconds storeLockWait = std::chrono::seconds{5};
+  NSRunLoop* runLoop = nullptr;  ///< outlives the platform; null: one of the platform's own
 };
 
 /// The one object that hands out the services of the machine. Each is made when first asked for
@@ -68,7 +69,7 @@ class Platform {
   [[nodiscard]] std::string localizedString(const std::string& key, const std::string& value);
   [[nodiscard]] NSApplication& application() { return *application_; }
   [[nodiscard]] NSWorkspace& workspace() { return *workspace_; }
-  [[nodiscard]] NSRunLoop& runLoop() { return runLoop_; }
+  [[nodiscard]] NSRunLoop& runLoop() { return *parts_.runLoop; }
   [[nodiscard]] const Gestalt& gestalt() const { return *gestalt_; }
   /// `path`, or, where it begins with "/System/", that path under SharedSupport of the parent
   /// bundle which holds the running executable.
@@ -89,7 +90,7 @@ class Platform {
   PlatformParts parts_;
   NSTimeZone zone_;
   std::string systemFolder_;
-  NSRunLoop runLoop_;
+  NSRunLoop ownRunLoop_;
   std::unique_ptr<PreferenceDomains> domains_;
   std::unique_ptr<NSUserDefaults> defaults_;
   std::unique_ptr<CFPreferences> appPreferences_;

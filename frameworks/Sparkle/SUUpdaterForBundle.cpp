@@ -5,7 +5,6 @@
 #include "frameworks/Sparkle/Appcast.h"
 #include "frameworks/Sparkle/FeedFetcher.h"
 #include "frameworks/Sparkle/UpdateChoice.h"
-#include "platform/foundation/Clock.h"
 #include "platform/foundation/PreferenceKeys.h"
 #include "platform/sparkle/SUUpdater.h"
 
@@ -22,8 +21,17 @@ std::string withoutCredentials(const std::string& address) {
   return at == std::string::npos ? address : address.substr(0, host + 3) + address.substr(at + 1);
 }
 
+bool hasIntegerValue(const PropertyList& value) {
+  return value.integer() || value.real() || value.string() || value.boolean();
+}
+
+/// A check that failed is tried again after a day, not after the whole interval.
+constexpr std::int64_t kRetryInterval = 24 * 60 * 60;  // seconds
+constexpr std::int64_t kDefaultInterval = 7 * kRetryInterval;
+
 /// Checks one bundle. All it writes is the time of a check that finds nothing, so that the next one
-/// waits for the interval; the time of one that finds something is its delegate's.
+/// waits for the interval, or of one that failed, dated back so that the next one waits for a day
+/// at most; the time of one that finds something is its delegate's.
 class BundleUpdater final : public SUUpdater {
  public:
   BundleUpdater(const SUHost& host, const NSBundle& bundle)
@@ -49,9 +57,10 @@ class BundleUpdater final : public SUUpdater {
   }
 
   void feedArrived(const Result<std::string>& feed) {
-    const auto item = feed ? choose(*feed) : explain(feed.error());
+    const auto items = feed ? parseAppcast(*feed) : Result<std::vector<AppcastItem>>(feed.error());
+    const auto item = items ? choose(*items) : explain(items.error());
     isChecking_ = false;
-    if (!item) recordCheck();
+    if (!item) recordCheck(items ? std::chrono::seconds{0} : secondsToSkip());
     if (!delegate_) return;
     if (item) {
       delegate_->updaterDidFindValidUpdate(
@@ -61,24 +70,34 @@ class BundleUpdater final : public SUUpdater {
     }
   }
 
-  void recordCheck() const {
+  /// How much of the interval a check that failed leaves out, so that a day of it remains.
+  [[nodiscard]] std::chrono::seconds secondsToSkip() const {
+    std::int64_t interval = kDefaultInterval;
+    if (const auto& domain = host_.domains.domain(bundle_.bundleIdentifier())) {
+      const auto found = domain->find(keys::kSUScheduledCheckInterval);
+      if (found != domain->end() && hasIntegerValue(found->second)) {
+        interval = found->second.intValue();
+      }
+    }
+    return std::chrono::seconds{std::max<std::int64_t>(interval - kRetryInterval, 0)};
+  }
+
+  void recordCheck(std::chrono::seconds skipped) const {
     const std::string domain = bundle_.bundleIdentifier();
     if (domain.empty()) return;
-    host_.domains.set(domain, keys::kSULastCheckTime, SystemClock().now());
+    host_.domains.set(domain, keys::kSULastCheckTime, host_.clock.now() - skipped);
     (void)host_.domains.synchronize(domain);  // Logged where it fails.
   }
 
-  [[nodiscard]] std::optional<AppcastItem> choose(const std::string& feed) const {
-    const auto items = parseAppcast(feed);
-    if (!items) return explain(items.error());
+  [[nodiscard]] std::optional<AppcastItem> choose(const std::vector<AppcastItem>& items) const {
     const std::string version = bundle_.infoDictionary()["CFBundleVersion"].stringOr("");
     if (version.empty()) {
       host_.log.write("No update check: " + bundle_.bundlePath() + " has no CFBundleVersion.");
       return std::nullopt;
     }
-    return chooseUpdate(*items, {.version = version,
-                                 .systemVersion = host_.systemVersion,
-                                 .skippedVersion = text(keys::kSUSkippedVersion)});
+    return chooseUpdate(items, {.version = version,
+                                .systemVersion = host_.systemVersion,
+                                .skippedVersion = text(keys::kSUSkippedVersion)});
   }
 
   std::optional<AppcastItem> explain(const Error& error) const {

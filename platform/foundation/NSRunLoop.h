@@ -18,6 +18,11 @@ class NSRunLoop {
   using Time = Clock::time_point;
   enum Events : unsigned { kReadable = 1, kWritable = 2 };
 
+  NSRunLoop() = default;
+  virtual ~NSRunLoop() = default;
+  NSRunLoop(const NSRunLoop&) = delete;
+  NSRunLoop& operator=(const NSRunLoop&) = delete;
+
   /// Watches a descriptor for `events` (a combination of Events); replaces an earlier watch. The
   /// handler gets the events that happened; an error or hang-up counts as all those asked for.
   /// The descriptor stays the caller's, who unwatches it before closing it.
@@ -32,7 +37,7 @@ class NSRunLoop {
   /// wait for. An exception that leaves a handler leaves the loop usable.
   bool runModeBeforeDate(Time limit);
   /// The same with a limit counted from now.
-  bool runModeForInterval(std::chrono::milliseconds interval) {
+  virtual bool runModeForInterval(std::chrono::milliseconds interval) {
     return runModeBeforeDate(Clock::now() + interval);
   }
 

@@ -47,7 +47,9 @@ class HostedUpdater final : public SUUpdater, private SUUpdaterDelegate {
   void updaterDidNotFindUpdate() override {
     tell([](SUUpdaterDelegate& delegate) { delegate.updaterDidNotFindUpdate(); });
   }
+  /// A module may answer more than once: the first answer counts until the delegate has it.
   void tell(std::function<void(SUUpdaterDelegate&)> call) {
+    if (timer_ != 0) return;
     timer_ = runLoop_.addTimer(NSRunLoop::Clock::now(), [this, call = std::move(call)] {
       timer_ = 0;
       if (delegate_) call(*delegate_);

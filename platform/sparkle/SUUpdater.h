@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/foundation/Clock.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSRunLoop.h"
@@ -43,6 +44,7 @@ struct SUHost {
   Log& log;
   const NSFileManager& files;
   std::string systemVersion;  ///< ProductVersion, "" when unknown
+  const Clock& clock;
 };
 
 /// The principal class of the framework: the one C symbol that the module exports. The caller owns

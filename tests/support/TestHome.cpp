@@ -59,6 +59,7 @@ Platform& TestHome::platform() {
   } else {
     parts.files = std::make_unique<PosixFileManager>();
   }
+  parts.runLoop = runLoop_;
   platform_ = std::make_unique<Platform>(std::move(parts));
   return *platform_;
 }

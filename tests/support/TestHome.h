@@ -45,6 +45,8 @@ class TestHome {
   /// The next platform goes to `files` (which must outlive it) in place of the disk; null for the
   /// disk.
   void useFileManager(NSFileManager* files) { files_ = files; }
+  /// The next platform waits on `runLoop` (which must outlive it); null for one of its own.
+  void useRunLoop(NSRunLoop* runLoop) { runLoop_ = runLoop; }
 
   ManualClock clock;
   RecordingLog log;
@@ -91,6 +93,7 @@ class TestHome {
   TemporaryFolder home_;
   TemporaryFolder product_;
   NSFileManager* files_ = nullptr;
+  NSRunLoop* runLoop_ = nullptr;
   std::unique_ptr<Platform> platform_;
 };
 

@@ -25,6 +25,10 @@ class StubUpdater final : public SUUpdater {
     const char* behaviour = std::getenv("STUB_UPDATER");
     const std::string wanted = behaviour ? behaviour : "";
     if (wanted == "finds at once") delegate_->updaterDidFindValidUpdate({"9", "9", ""});
+    if (wanted == "finds, and then finds nothing") {
+      delegate_->updaterDidFindValidUpdate({"9", "9", ""});
+      delegate_->updaterDidNotFindUpdate();
+    }
     if (wanted == "finds nothing at once") delegate_->updaterDidNotFindUpdate();
     if (wanted == "finds nothing once asked") waitForRelease();
     // Anything else: no source for the run loop and no answer, ever.

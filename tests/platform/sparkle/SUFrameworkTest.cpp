@@ -145,17 +145,40 @@ TEST_F(SUFrameworkTest, WritesNothingWhereItFindsAnUpdate) {
 }
 
 TEST_F(SUFrameworkTest, RecordsTheTimeOfACheckThatFindsNothingAndWritesNothingElse) {
-  for (const char* path : {"/none", "/broken"}) {
-    startOver();
-    const Date before = SystemClock().now();
-    check(server_.url(path), {{"SULastCheckTime", before - std::chrono::days{8}}, {"other", 1}});
-    PropertyList::Dictionary stored = *home_.storedPreferences(kParentDomain).dictionary();
-    ASSERT_TRUE(stored["SULastCheckTime"].date()) << path;
-    EXPECT_GE(*stored["SULastCheckTime"].date(), before) << path;
-    EXPECT_LE(*stored["SULastCheckTime"].date(), SystemClock().now()) << path;
-    stored.erase("SULastCheckTime");
-    EXPECT_EQ(stored, (PropertyList::Dictionary{{"SUFeedURL", server_.url(path)}, {"other", 1}}));
+  const Date now = home_.clock.now();
+  check(server_.url("/none"), {{"SULastCheckTime", now - std::chrono::days{8}}, {"other", 1}});
+  EXPECT_EQ(home_.storedPreferences(kParentDomain),
+            PropertyList(PropertyList::Dictionary{
+                {"SULastCheckTime", now}, {"SUFeedURL", server_.url("/none")}, {"other", 1}}));
+}
+
+TEST_F(SUFrameworkTest, LetsTheCheckAfterOneThatFailedBeDueWithinADay) {
+  const Date now = home_.clock.now();
+  const struct {
+    PropertyList interval;
+    std::chrono::seconds recordedAgo;
+  } rows[] = {{{}, 6 * 86400s},  // a week
+              {86400 * 30, 29 * 86400s},
+              {86401, 1s},
+              {86400, 0s},
+              {3600, 0s},
+              {0, 0s},
+              {-5, 0s},
+              {"172800", 86400s},
+              {PropertyList::Array{1}, 6 * 86400s}};
+  for (const char* path : {"/broken", "/status/500"}) {
+    for (const auto& [interval, recordedAgo] : rows) {
+      startOver();
+      check(server_.url(path), {{"SULastCheckTime", now - std::chrono::days{60}},
+                                {"SUScheduledCheckInterval", interval}});
+      const PropertyList stored = home_.storedPreferences(kParentDomain);
+      EXPECT_EQ(stored["SULastCheckTime"], PropertyList(now - recordedAgo)) << path;
+    }
   }
+  startOver();
+  check("http://127.0.0.1:1/nobody-listens");
+  EXPECT_EQ(home_.storedPreferences(kParentDomain)["SULastCheckTime"],
+            PropertyList(now - 6 * 86400s));
 }
 
 TEST_F(SUFrameworkTest, KeepsNamesAndPasswordsOutOfTheLog) {
@@ -283,6 +306,33 @@ TEST_F(BrokenFramework, IsMalformedWithoutTheSymbolOfItsPrincipalClass) {
   const Error error = failure();
   EXPECT_EQ(error.kind, Error::Kind::malformed);
   EXPECT_NE(error.failureReason.find(kSUUpdaterForBundleSymbol), std::string::npos);
+}
+
+TEST_F(BrokenFramework, ThatAnswersTwiceIsHeardOnceAndLeavesNoTimer) {
+  writeInfo("SUUpdater");
+  copyExecutable(ANNIVO_STUB_UPDATER);
+  linkUp();
+  ::setenv("STUB_UPDATER", "finds, and then finds nothing", 1);
+  TestHome home;
+  NSRunLoop& runLoop = home.platform().runLoop();
+  RecordingDelegate delegate;
+  for (const bool served : {false, true}) {
+    auto framework = SUFramework::load(NSBundle(files_, folder_.path("S.framework")));
+    ASSERT_TRUE(framework) << framework.error().text();
+    SUUpdater& updater =
+        (*framework)
+            ->updaterForBundle(NSBundle(files_, home.productPath()), home.platform().updateHost());
+    updater.setDelegate(&delegate);
+    updater.checkForUpdateInformation();
+    if (served) {
+      while (runLoop.runModeForInterval(100ms)) {
+      }
+      EXPECT_EQ(delegate.answers, 1);
+      EXPECT_TRUE(delegate.found);
+    }
+  }
+  EXPECT_FALSE(runLoop.runModeForInterval(0ms)) << "a timer is left of an updater that is gone";
+  ::unsetenv("STUB_UPDATER");
 }
 
 TEST_F(BrokenFramework, LoadsOnceItIsWhole) {
