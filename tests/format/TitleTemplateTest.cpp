@@ -192,6 +192,24 @@ TEST(TitleTemplate, AMarkedTokenInsideANameIsFilledInIfItsTurnIsStillToCome) {
   EXPECT_EQ((Case{.first = "^!*age^!*", .organization = "^!*year^!*"}.title(format)), "21 | 2005");
 }
 
+TEST(TitleTemplate, TextsAreFilledInInTheirOrder) {
+  const std::pair<const char*, std::string Case::*> order[] = {
+      {"First name", &Case::first},   {"Last name", &Case::last},
+      {"nickname", &Case::nick},      {"type", &Case::type},
+      {"Middle name", &Case::middle}, {"organization", &Case::organization}};
+  for (std::size_t i = 0; i < std::size(order); ++i) {
+    for (std::size_t j = 0; j < std::size(order); ++j) {
+      const auto& [token, value] = order[i];
+      const auto& [named, valueOfNamed] = order[j];
+      Case names;
+      names.*valueOfNamed = "value";
+      names.*value = std::string("^!*") + named + "^!*";
+      // A name that holds another token in its markers shows when that one is filled in.
+      EXPECT_EQ(names.title({token}), i < j ? "value" : named) << token << " holding " << named;
+    }
+  }
+}
+
 TEST(TitleTemplate, DeferredAgeMarksInsideANameAreFilledInToo) {
   const Case marked{.first = "^!!!*age^!!!*", .last = "^!!!*ordinal age^!!!*"};
   EXPECT_EQ(marked.title({"First name", "Last name"}), "21 21st");

@@ -51,6 +51,8 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"LargestIntervalOf64BitsLastCheckInTheFuture", std::numeric_limits<std::int64_t>::max(),
             -2.0, false},
         Row{"SmallestIntervalOf64BitsIsZero", std::numeric_limits<std::int64_t>::min(), 0.0, true},
+        Row{"LowestIntervalLastCheckBeyond32BitsInTheFutureIsHeld",
+            std::numeric_limits<std::int32_t>::min(), -1e18, true},
         Row{"ElapsedBeyond32BitsIsHeld", 2147483647, 2147483648.0, true}),
     [](const auto& row) { return row.param.name; });
 
