@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <utility>
 
 namespace annivo {
@@ -124,7 +125,11 @@ std::optional<Result<std::string>> OverlayFileManager::ownContents(const std::st
   if (!found) return std::nullopt;
   if (found->kind == Entry::Kind::removed) return errorFromErrno(ENOENT, "read", path);
   if (found->kind == Entry::Kind::directory) return errorFromErrno(EISDIR, "read", path);
-  if (found->bytes.size() > limit) return errorFromErrno(EFBIG, "read", path);
+  if (found->bytes.size() > limit) {
+    Error tooLarge = errorFromErrno(EFBIG, "read", path);
+    tooLarge.kind = Error::Kind::unreadable;
+    return tooLarge;
+  }
   return found->bytes;
 }
 
@@ -177,10 +182,17 @@ bool OverlayFileManager::isWritable(const std::string& path) const {
   return found ? found->kind != Entry::Kind::removed : base_.isWritable(path);
 }
 
+bool OverlayFileManager::isOnDisk(const std::string& path) const {
+  const std::scoped_lock lock(changing_);
+  return !find(path) && base_.isOnDisk(path);
+}
+
 Result<void> OverlayFileManager::mayChange(const std::string& path) const {
-  const std::string folder(split(path).first);
+  const auto [above, name] = split(path);
+  const std::string folder(above);
   const auto attributes = attributesAtPath(folder, Links::follow);
-  if (!attributes) return attributes.error();
+  if (!attributes) return errorFromErrno(attributes.error().code, "write", path);
+  if (name.size() > NAME_MAX) return errorFromErrno(ENAMETOOLONG, "write", path);
   if (attributes->type != FileType::directory) return errorFromErrno(ENOTDIR, "write", path);
   if (!isWritable(folder)) return errorFromErrno(EACCES, "write", path);
   return {};
@@ -257,8 +269,16 @@ Result<void> OverlayFileManager::renameDirectory(const std::string& from, const 
   return {};
 }
 
+Result<void> OverlayFileManager::synchronize(const std::string& path) {
+  const auto there = attributesAtPath(path, Links::follow);
+  return there ? Result<void>() : there.error();
+}
+
 Result<std::unique_ptr<FileLock>> OverlayFileManager::lock(const std::string& path) {
-  if (auto may = mayChange(path); !may) return may.error();
+  // Nobody else sees these files: there is nothing to wait for.
+  if (!fileExistsAtPath(path)) {
+    if (auto made = writeAtomically(path, ""); !made) return made.error();
+  }
   return std::make_unique<FileLock>();
 }
 

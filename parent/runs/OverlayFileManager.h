@@ -49,8 +49,9 @@ class OverlayFileManager final : public NSFileManager {
   Result<void> createDirectory(const std::string& path) override;
   Result<void> removeFile(const std::string& path) override;
   Result<void> rename(const std::string& from, const std::string& to) override;
-  Result<void> synchronize(const std::string&) override { return {}; }
+  Result<void> synchronize(const std::string& path) override;
   Result<std::unique_ptr<FileLock>> lock(const std::string& path) override;
+  bool isOnDisk(const std::string& path) const override;
   bool supportsOtherThreads() const override { return base_.supportsOtherThreads(); }
 
  private:
