@@ -56,8 +56,9 @@ class AddressBook {
       groups[i].name = "Group " + std::to_string(i);
       if (i % 5 != 0) groups[i].subgroups = {i - 1};
     }
-    const auto written = AddressBookStoreWriter::write(store, StoreGeneration::current, people,
-                                                       groups, SystemClock().now());
+    PosixFileManager disk;
+    const auto written = AddressBookStoreWriter::write(disk, store, StoreGeneration::current,
+                                                       people, groups, SystemClock().now());
     if (!written) std::abort();
   }
 

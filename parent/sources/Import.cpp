@@ -43,20 +43,12 @@ class SourceFolder {
         !made) {
       return made;
     }
-    const std::string temporary = path_ + "/." + kStore + ".tmp";
-    for (const char* leftover : {"", "-journal", "-wal", "-shm"}) {
-      (void)files.removeFile(temporary + leftover);
-    }
+    if (auto removed = removeLogs(); !removed) return removed;
     const Date now = platform_.clock().now();
-    if (auto written = AddressBookStoreWriter::write(temporary, StoreGeneration::current,
+    if (auto written = AddressBookStoreWriter::write(files, storePath(), StoreGeneration::current,
                                                      source.people(), source.groups(), now);
         !written) {
       return written;
-    }
-    auto result = putInPlace(temporary);
-    if (!result) {
-      (void)files.removeFile(temporary);
-      return result;
     }
     if (auto touched = touchMetadata(now); !touched) return touched;
     return remember(digest, me);
@@ -66,17 +58,15 @@ class SourceFolder {
   [[nodiscard]] std::string storePath() const { return path_ + '/' + kStore; }
   [[nodiscard]] std::string configurationPath() const { return path_ + "/Configuration.plist"; }
 
-  Result<void> putInPlace(const std::string& temporary) {
-    NSFileManager& files = platform_.fileManager();
-    if (auto synced = files.synchronize(temporary); !synced) return synced;
-    // A log of the old store beside the new one would be read into it.
-    for (const char* log : {"-wal", "-shm"}) {
-      if (auto removed = files.removeFile(storePath() + log);
+  /// A log of the old store beside the new one would be played into it.
+  Result<void> removeLogs() {
+    for (const char* log : {"-journal", "-wal", "-shm"}) {
+      if (auto removed = platform_.fileManager().removeFile(storePath() + log);
           !removed && removed.error().kind != Error::Kind::absent) {
         return removed;
       }
     }
-    return files.rename(temporary, storePath());
+    return {};
   }
 
   Result<void> touchMetadata(Date now) {

@@ -106,10 +106,10 @@ Result<std::optional<ABPerson>> ownCardIn(const SQLiteDatabase& database, const 
   return std::optional(ABPerson{(*record)->uniqueId, *std::move(addresses)});
 }
 
-Result<std::optional<ABPerson>> ownCard(const std::string& path,
+Result<std::optional<ABPerson>> ownCard(const NSFileManager& files, const std::string& path,
                                         const std::shared_ptr<StoreReadings>& readings) {
   for (int i = 0; i < SQLiteDatabase::kMostReadings; ++i) {
-    const auto database = SQLiteDatabase::openForReading(path, readings);
+    const auto database = SQLiteDatabase::openForReading(files, path, readings);
     if (!database) return database.error();
     auto card = ownCardIn(*database, path);
     if (!database->wasChanged()) return card;
@@ -151,7 +151,7 @@ std::optional<ABPerson> ABAddressBook::me() const {
     log_.write(sources.error().text());
   }
   for (const std::string& store : stores) {
-    auto card = ownCard(store, readings_);
+    auto card = ownCard(files_, store, readings_);
     if (!card) {
       if (card.error().kind != Error::Kind::absent) log_.write(card.error().text());
     } else if (*card) {

@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/addressbook/AddressBookStoreWriter.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
 
 #include "base/UUID.h"
 #include "codecs/plist/PropertyList.h"
@@ -138,8 +134,7 @@ class Filling {
 
   Result<void> run(const std::vector<StoredPerson>& people,
                    const std::vector<StoredGroup>& groups) {
-    // The file gets its name when it is whole: no journal is needed to take anything back.
-    execute("PRAGMA journal_mode = MEMORY; BEGIN");
+    execute("BEGIN");
     execute(schema_.tables());
     writeSurroundings(people);
     writePeople(people);
@@ -307,33 +302,23 @@ class Filling {
   std::int64_t records_ = 0, dates_ = 0, emails_ = 0;
 };
 
-Result<void> fill(const std::string& path, const StoreSchema& schema,
-                  const std::vector<StoredPerson>& people, const std::vector<StoredGroup>& groups,
-                  Date now) {
-  const auto database = SQLiteDatabase::create(path);
-  if (!database) return database.error();
-  return Filling(*database, schema, now).run(people, groups);
-}
-
 }  // namespace
 
-Result<void> AddressBookStoreWriter::write(const std::string& path, StoreGeneration generation,
+Result<void> AddressBookStoreWriter::write(NSFileManager& files, const std::string& path,
+                                           StoreGeneration generation,
                                            const std::vector<StoredPerson>& people,
                                            const std::vector<StoredGroup>& groups, Date now) {
   if (const auto wrong = fault(people, groups)) {
     return Error{Error::Kind::refused, "NSCocoaErrorDomain", 0,
                  "The contacts store " + path + " cannot be written: " + *wrong + ".", ""};
   }
-  if (::access(path.c_str(), F_OK) == 0) return errorFromErrno(EEXIST, "create", path);
-  const std::size_t name = path.rfind('/') + 1;
-  const std::string temporary = path.substr(0, name) + "." + path.substr(name) + ".tmp";
-  ::unlink(temporary.c_str());  // of a run that was killed
-  auto written = fill(temporary, StoreSchema(generation), people, groups, now);
-  if (written && std::rename(temporary.c_str(), path.c_str()) != 0) {
-    written = errorFromErrno(errno, "create", path);
-  }
-  if (!written) ::unlink(temporary.c_str());
-  return written;
+  const auto database = SQLiteDatabase::createInMemory(path);
+  if (!database) return database.error();
+  const StoreSchema schema(generation);
+  if (auto filled = Filling(*database, schema, now).run(people, groups); !filled) return filled;
+  const auto bytes = database->bytes();
+  if (!bytes) return bytes.error();
+  return files.writeDurably(path, *bytes);
 }
 
 }  // namespace annivo

@@ -10,6 +10,7 @@
 #include "base/Date.h"
 #include "base/Error.h"
 #include "base/StoredDay.h"
+#include "platform/foundation/NSFileManager.h"
 
 namespace annivo {
 
@@ -48,11 +49,11 @@ struct StoredGroup {
 /// the bookkeeping tables and values that other readers of such stores expect.
 class AddressBookStoreWriter {
  public:
-  /// Writes to `path`, which must not exist; the file gets that name when it is whole and on disk,
-  /// and a failure leaves none. Refused when a date is no day of the calendar or a group names a
-  /// member that is not there. Moves through `people` in order, so that Z_PK ascends with it.
-  static Result<void> write(const std::string& path, StoreGeneration generation,
-                            const std::vector<StoredPerson>& people,
+  /// Replaces the file at `path` durably, in a folder that exists; after a failure it is as it was.
+  /// Refused when a date is no day of the calendar or a group names a member that is not there.
+  /// Moves through `people` in order, so that Z_PK ascends with it.
+  static Result<void> write(NSFileManager& files, const std::string& path,
+                            StoreGeneration generation, const std::vector<StoredPerson>& people,
                             const std::vector<StoredGroup>& groups, Date now);
 };
 

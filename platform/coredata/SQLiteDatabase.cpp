@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "platform/coredata/SQLiteDatabase.h"
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <utility>
 
 namespace annivo {
 
 namespace {
 
-constexpr int kBusyMilliseconds = 5000;
 constexpr int kLongestValue = 16 * 1024 * 1024;
 
 Error sqliteError(int code, std::string why, const std::string& path) {
@@ -211,17 +208,51 @@ bool SQLiteDatabase::wasChanged() const {
   return unlocked_ && unlocked_->file.stamp() != unlocked_->stamp;
 }
 
-Result<SQLiteDatabase> SQLiteDatabase::create(const std::string& path) {
-  const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (file < 0) return errorFromErrno(errno, "create", path);
-  ::close(file);
+Result<SQLiteDatabase> SQLiteDatabase::openForReading(const NSFileManager& files,
+                                                      const std::string& path,
+                                                      std::shared_ptr<StoreReadings> readings) {
+  if (files.isOnDisk(path)) return openForReading(path, std::move(readings));
+  const auto bytes = files.contentsAtPath(path);
+  if (!bytes) return bytes.error();
+  return openBytes(*bytes, path);
+}
+
+Result<SQLiteDatabase> SQLiteDatabase::createInMemory(const std::string& path) {
   sqlite3* handle = nullptr;
-  const int code = sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr);
+  const int code = sqlite3_open_v2(":memory:", &handle, SQLITE_OPEN_READWRITE, nullptr);
   SQLiteDatabase database(handle, path);
   if (code != SQLITE_OK) return sqliteError(handle, code, path);
   sqlite3_extended_result_codes(handle, 1);
-  sqlite3_busy_timeout(handle, kBusyMilliseconds);
   return database;
+}
+
+Result<SQLiteDatabase> SQLiteDatabase::openBytes(std::string_view bytes, const std::string& path) {
+  auto database = createInMemory(path);
+  if (!database) return database;
+  sqlite3* handle = database->database_;
+  sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, kLongestValue);
+  sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  // An empty file is a database without tables, which deserializing does not take.
+  if (bytes.empty()) return database;
+  auto* copy = static_cast<unsigned char*>(sqlite3_malloc64(bytes.size()));
+  if (copy == nullptr) return sqliteError(handle, SQLITE_NOMEM, path);
+  std::copy(bytes.begin(), bytes.end(), copy);
+  const auto size = static_cast<sqlite3_int64>(bytes.size());
+  const int code =
+      sqlite3_deserialize(handle, "main", copy, size, size,
+                          SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_READONLY);
+  if (code != SQLITE_OK) return sqliteError(handle, code, path);
+  // Reads the first page, as nothing was looked at yet.
+  if (const auto read = database->execute("PRAGMA schema_version"); !read) return read.error();
+  return database;
+}
+
+Result<std::string> SQLiteDatabase::bytes() const {
+  sqlite3_int64 size = 0;
+  const std::unique_ptr<unsigned char, decltype(&sqlite3_free)> content(
+      sqlite3_serialize(database_, "main", &size, 0), &sqlite3_free);
+  if (content == nullptr && size > 0) return sqliteError(database_, SQLITE_NOMEM, *path_);
+  return std::string(content.get(), content.get() + size);
 }
 
 Result<SQLiteStatement> SQLiteDatabase::prepare(const std::string& sql) const {

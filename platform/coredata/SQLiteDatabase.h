@@ -12,6 +12,7 @@
 #include "base/Error.h"
 #include "platform/coredata/SQLiteFile.h"
 #include "platform/coredata/StoreReadings.h"
+#include "platform/foundation/NSFileManager.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -62,8 +63,12 @@ class SQLiteDatabase {
   static Result<SQLiteDatabase> openForReading(
       const std::string& path,
       std::shared_ptr<StoreReadings> readings = std::make_shared<StoreReadings>());
-  /// Creates a new database file, mode 0600; the file must not exist.
-  static Result<SQLiteDatabase> create(const std::string& path);
+  /// As above, for a file that `files` may hold elsewhere than on the disk.
+  static Result<SQLiteDatabase> openForReading(
+      const NSFileManager& files, const std::string& path,
+      std::shared_ptr<StoreReadings> readings = std::make_shared<StoreReadings>());
+  /// A new, empty database in memory, which errors call `path`.
+  static Result<SQLiteDatabase> createInMemory(const std::string& path);
   SQLiteDatabase(SQLiteDatabase&& other) noexcept;
   SQLiteDatabase& operator=(SQLiteDatabase&&) = delete;
   ~SQLiteDatabase();
@@ -76,6 +81,8 @@ class SQLiteDatabase {
   /// Whether another program changed the file since it was opened, and what was read may be of
   /// neither state; it is then to be opened and read anew. Never where locks keep the states apart.
   [[nodiscard]] bool wasChanged() const;
+  /// The content of the database's file.
+  [[nodiscard]] Result<std::string> bytes() const;
 
  private:
   SQLiteDatabase(sqlite3* database, std::string path);
@@ -84,6 +91,7 @@ class SQLiteDatabase {
                                      std::shared_ptr<StoreReadings> readings);
   static Result<SQLiteDatabase> openCopy(const SQLiteFile& file, const std::string& path,
                                          const StoreReadings& readings);
+  static Result<SQLiteDatabase> openBytes(std::string_view bytes, const std::string& path);
   /// Runs `first` before anything is read.
   Result<void> beginReading(const SQLiteFile& file, const std::string& first);
   [[nodiscard]] Result<void> checkWhole(const SQLiteFile& file) const;

@@ -18,10 +18,11 @@ struct OpenDatabase {
   SQLiteSchema schema;
 };
 
-Result<OpenDatabase> openAndProbe(const NSManagedObjectModel& model, const std::string& path,
+Result<OpenDatabase> openAndProbe(const NSManagedObjectModel& model, const NSFileManager& files,
+                                  const std::string& path,
                                   const std::shared_ptr<StoreReadings>& readings) {
   for (int i = 0; i < SQLiteDatabase::kMostReadings; ++i) {
-    auto database = SQLiteDatabase::openForReading(path, readings);
+    auto database = SQLiteDatabase::openForReading(files, path, readings);
     if (!database) return database.error();
     auto schema = SQLiteSchema::probe(*database, model, path);
     if (database->wasChanged()) continue;
@@ -45,6 +46,7 @@ class SQLiteStore final : public NSPersistentStore {
   SQLiteStore(const NSManagedObjectModel& model, const StoreEnvironment& environment,
               OpenDatabase open, std::string path)
       : model_(model),
+        files_(environment.files),
         zone_(environment.zone),
         readings_(environment.readings),
         open_(std::make_unique<OpenDatabase>(std::move(open))),
@@ -107,6 +109,7 @@ class SQLiteStore final : public NSPersistentStore {
   [[nodiscard]] std::vector<NSManagedObject*> objectsOf(const NSEntityDescription& entity);
 
   const NSManagedObjectModel& model_;
+  const NSFileManager& files_;
   NSTimeZone zone_;
   std::shared_ptr<StoreReadings> readings_;
   std::unique_ptr<OpenDatabase> open_;
@@ -152,7 +155,7 @@ Result<void> SQLiteStore::loadSteadily(const NSEntityDescription& entity) {
 
 /// What was read before stays, and must be of a file of the same schema.
 Result<void> SQLiteStore::openAnew() {
-  auto opened = openAndProbe(model_, path_, readings_);
+  auto opened = openAndProbe(model_, files_, path_, readings_);
   if (!opened) return opened.error();
   if (opened->schema != open_->schema) return keepsChanging(path_);
   open_ = std::make_unique<OpenDatabase>(std::move(*opened));
@@ -307,7 +310,7 @@ std::vector<NSManagedObject*> SQLiteStore::objectsOf(const NSEntityDescription& 
 Result<std::unique_ptr<NSPersistentStore>> openSQLiteStore(const NSManagedObjectModel& model,
                                                            const StoreEnvironment& environment,
                                                            const std::string& path) {
-  auto open = openAndProbe(model, path, environment.readings);
+  auto open = openAndProbe(model, environment.files, path, environment.readings);
   if (!open) return open.error();
   return std::unique_ptr<NSPersistentStore>(
       std::make_unique<SQLiteStore>(model, environment, std::move(*open), path));

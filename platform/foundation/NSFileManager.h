@@ -106,6 +106,10 @@ class NSFileManager {
   /// Waits for the exclusive lock on a file, creating it.
   virtual Result<std::unique_ptr<FileLock>> lock(const std::string& path) = 0;
 
+  /// Whether the file system itself has at `path` what this has there, so that a library that opens
+  /// files by their paths reads the same. Where it has not, contentsAtPath gives the content.
+  [[nodiscard]] virtual bool isOnDisk(const std::string& path) const = 0;
+
   /// Whether another thread may read files and synchronize while this one goes on.
   [[nodiscard]] virtual bool supportsOtherThreads() const { return false; }
 
@@ -140,6 +144,7 @@ class PosixFileManager final : public NSFileManager {
   Result<void> rename(const std::string& from, const std::string& to) override;
   Result<void> synchronize(const std::string& path) override;
   Result<std::unique_ptr<FileLock>> lock(const std::string& path) override;
+  bool isOnDisk(const std::string&) const override { return true; }
   bool supportsOtherThreads() const override { return true; }
 };
 

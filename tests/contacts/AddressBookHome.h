@@ -51,8 +51,9 @@ struct AddressBookHome : TestHome {
                   const std::string& relative = kMainStore,
                   StoreGeneration generation = StoreGeneration::current) {
     folder().makeFolder(relative.substr(0, relative.rfind('/')));
-    const auto written =
-        AddressBookStoreWriter::write(path(relative), generation, people, groups, clock.now());
+    PosixFileManager disk;
+    const auto written = AddressBookStoreWriter::write(disk, path(relative), generation, people,
+                                                       groups, clock.now());
     ASSERT_TRUE(written.ok()) << written.error().text();
   }
   void editStore(const std::string& sql, const std::string& relative = kMainStore) {

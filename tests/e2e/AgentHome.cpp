@@ -79,8 +79,9 @@ void AgentHome::setContacts(const std::vector<StoredPerson>& people,
   folder.makeFolder(store.substr(0, store.rfind('/')));
   if (folder.exists(store)) folder.remove(store);
   const Date now = std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
+  PosixFileManager disk;
   const auto written =
-      AddressBookStoreWriter::write(folder.path(store), generation, people, groups, now);
+      AddressBookStoreWriter::write(disk, folder.path(store), generation, people, groups, now);
   require(written.ok(), "the contacts store was not written");
   folder.touch(std::string(kAddressBook) + "/Metadata", now);
 }

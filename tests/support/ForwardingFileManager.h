@@ -47,6 +47,7 @@ class ForwardingFileManager : public NSFileManager {
   Result<std::unique_ptr<FileLock>> lock(const std::string& path) override {
     return inner_.lock(path);
   }
+  bool isOnDisk(const std::string& path) const override { return inner_.isOnDisk(path); }
 
  protected:
   NSFileManager& inner_;

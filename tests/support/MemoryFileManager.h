@@ -73,6 +73,7 @@ class MemoryFileManager final : public NSFileManager {
   Result<void> rename(const std::string& from, const std::string& to) override;
   Result<void> synchronize(const std::string& path) override;
   Result<std::unique_ptr<FileLock>> lock(const std::string& path) override;
+  bool isOnDisk(const std::string&) const override { return false; }
 
  private:
   struct Node {

@@ -96,10 +96,11 @@ class HomeMaker {
   void store(const std::string& folderPath, const SampleStore& store) {
     const std::string metadata = folderPath + "/Metadata";
     folder(metadata);
+    const std::string path = home_ + "/" + folderPath + "/AddressBook-v22.abcddb";
+    if (!error_ && files_.fileExistsAtPath(path)) error_ = errorFromErrno(EEXIST, "create", path);
     if (!error_) {
-      keep(AddressBookStoreWriter::write(home_ + "/" + folderPath + "/AddressBook-v22.abcddb",
-                                         options_.generation, store.people, store.groups,
-                                         options_.now));
+      keep(AddressBookStoreWriter::write(files_, path, options_.generation, store.people,
+                                         store.groups, options_.now));
     }
     for (std::size_t i = 0; i < std::min(store.people.size(), kMetadataFiles); ++i) {
       const StoredPerson& person = store.people[i];

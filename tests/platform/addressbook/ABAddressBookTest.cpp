@@ -44,7 +44,9 @@ class OwnCard : public testing::Test {
   }
   static void write(const std::string& path, const std::vector<StoredPerson>& people,
                     StoreGeneration generation = StoreGeneration::current) {
-    const auto written = AddressBookStoreWriter::write(path, generation, people, {}, kUnixEpoch);
+    PosixFileManager disk;
+    const auto written =
+        AddressBookStoreWriter::write(disk, path, generation, people, {}, kUnixEpoch);
     ASSERT_TRUE(written) << written.error().text();
   }
   [[nodiscard]] std::optional<ABPerson> me() {

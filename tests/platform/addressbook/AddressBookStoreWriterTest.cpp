@@ -9,6 +9,8 @@
 #include "platform/addressbook/AddressBookStoreWriter.h"
 #include "platform/addressbook/StoreSchema.h"
 #include "tests/platform/addressbook/StoreFile.h"
+#include "tests/support/FailingFileManager.h"
+#include "tests/support/MemoryFileManager.h"
 
 namespace annivo {
 namespace {
@@ -316,9 +318,10 @@ class RefusedStore : public testing::Test {
  protected:
   Result<void> write(const std::vector<StoredPerson>& people,
                      const std::vector<StoredGroup>& groups = {}) const {
-    return AddressBookStoreWriter::write(store.path(), StoreGeneration::current, people, groups,
-                                         kReferenceDate);
+    return AddressBookStoreWriter::write(files, store.path(), StoreGeneration::current, people,
+                                         groups, kReferenceDate);
   }
+  mutable PosixFileManager files;
   StoreFile store;
 };
 
@@ -344,16 +347,39 @@ TEST_F(RefusedStore, RefusesAMemberThatIsNotThere) {
   EXPECT_EQ(filesBeside(store), Lines{});
 }
 
-TEST_F(RefusedStore, NeverReplacesAFile) {
-  store.folder().writeFile("AddressBook-v22.abcddb", "somebody's");
-  EXPECT_FALSE(write({named("Ann")}));
-  EXPECT_EQ(store.folder().readFile("AddressBook-v22.abcddb"), "somebody's");
+TEST_F(RefusedStore, LeavesTheStoreThatIsThere) {
+  ASSERT_TRUE(write({named("Ann")}));
+  const std::string before = store.folder().readFile("AddressBook-v22.abcddb");
+  EXPECT_FALSE(write({named("Bob")}, {{"", "Friends", {1}, {}}}));
+  FailingFileManager failing(files);
+  failing.failChange(1);
+  EXPECT_FALSE(AddressBookStoreWriter::write(failing, store.path(), StoreGeneration::current,
+                                             {named("Bob")}, {}, kReferenceDate));
+  EXPECT_EQ(store.folder().readFile("AddressBook-v22.abcddb"), before);
   EXPECT_EQ(filesBeside(store), Lines{"AddressBook-v22.abcddb"});
+  EXPECT_TRUE(write({named("Bob")}));
+  EXPECT_EQ(store.value("SELECT ZFIRSTNAME FROM ZABCDRECORD WHERE ZFIRSTNAME NOT NULL"), "Bob");
+}
+
+TEST_F(RefusedStore, IsReadWhereverItsFileIsKept) {
+  SystemClock clock;
+  MemoryFileManager memory(clock);
+  memory.makeFolders("/home/ann");
+  const std::string path = "/home/ann/store.abcddb";
+  ASSERT_TRUE(AddressBookStoreWriter::write(memory, path, StoreGeneration::current, {named("Ann")},
+                                            {}, kReferenceDate));
+  const auto database = SQLiteDatabase::openForReading(memory, path);
+  ASSERT_TRUE(database) << database.error().text();
+  auto names = database->prepare("SELECT ZFIRSTNAME FROM ZABCDRECORD WHERE ZFIRSTNAME NOT NULL");
+  ASSERT_TRUE(names);
+  ASSERT_TRUE(*names->step());
+  EXPECT_EQ(names->text(0), "Ann");
+  EXPECT_FALSE(database->execute("DELETE FROM ZABCDRECORD")) << "open for reading only";
 }
 
 TEST_F(RefusedStore, FailsInAFolderThatIsNotThere) {
   const auto written = AddressBookStoreWriter::write(
-      store.folder().path("none/x.abcddb"), StoreGeneration::current, {}, {}, kReferenceDate);
+      files, store.folder().path("none/x.abcddb"), StoreGeneration::current, {}, {}, kReferenceDate);
   ASSERT_FALSE(written);
   EXPECT_EQ(written.error().kind, Error::Kind::absent);
 }

@@ -36,7 +36,8 @@ class StoreFile {
 
   void write(StoreGeneration generation, const std::vector<StoredPerson>& people,
              const std::vector<StoredGroup>& groups = {}) const {
-    const auto written = AddressBookStoreWriter::write(path_, generation, people, groups,
+    PosixFileManager disk;
+    const auto written = AddressBookStoreWriter::write(disk, path_, generation, people, groups,
                                                        kReferenceDate + std::chrono::hours{1});
     ASSERT_TRUE(written) << written.error().text();
   }

@@ -30,8 +30,9 @@ struct ContactsStore {
   void write(StoreGeneration generation, const std::vector<StoredPerson>& people,
              const std::vector<StoredGroup>& groups = {}) {
     folder.remove("AddressBook-v22.abcddb");
+    PosixFileManager disk;
     const auto written =
-        AddressBookStoreWriter::write(path, generation, people, groups, clock.now());
+        AddressBookStoreWriter::write(disk, path, generation, people, groups, clock.now());
     ASSERT_TRUE(written.ok()) << written.error().text();
   }
   void edit(const std::string& sql) { EditDatabase(path).run(sql); }

@@ -11,7 +11,9 @@
 #include <thread>
 
 #include "platform/coredata/SQLiteDatabase.h"
+#include "tests/support/Doubles.h"
 #include "tests/support/EditDatabase.h"
+#include "tests/support/MemoryFileManager.h"
 #include "tests/support/OtherProgram.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -39,17 +41,34 @@ struct SQLiteDatabaseTest : testing::Test {
   }
 };
 
-TEST_F(SQLiteDatabaseTest, CreatesAFileForItsOwnerAlone) {
-  const auto database = SQLiteDatabase::create(path);
-  ASSERT_TRUE(database.ok());
-  struct stat status {};
-  ASSERT_EQ(::stat(path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0600U);
-  EXPECT_FALSE(SQLiteDatabase::create(path).ok());
+TEST_F(SQLiteDatabaseTest, ReadsWhatFilesKeepInMemory) {
+  makeStore();
+  ManualClock clock{utc(2026, 11, 20)};
+  MemoryFileManager memory(clock);
+  memory.makeFolders("/m");
+  const std::string whole = folder.readFile("store.db");
+  const auto kindOf = [&](const std::string& bytes) {
+    EXPECT_TRUE(memory.writeAtomically("/m/store.db", bytes));
+    const auto database = SQLiteDatabase::openForReading(memory, "/m/store.db");
+    if (database) return std::string("read");
+    EXPECT_NE(database.error().text().find("/m/store.db"), std::string::npos);
+    return std::string(database.error().kind == Error::Kind::malformed ? "malformed" : "other");
+  };
+  EXPECT_EQ(kindOf(whole), "read");
+  EXPECT_EQ(kindOf(std::string(5000, 'x')), "malformed");
+  EXPECT_EQ(SQLiteDatabase::openForReading(memory, "/m/none").error().kind, Error::Kind::absent);
+  EXPECT_EQ(SQLiteDatabase::openForReading(memory, path).error().kind, Error::Kind::absent);
+}
+
+TEST_F(SQLiteDatabaseTest, GivesTheBytesOfItsFile) {
+  const auto database = SQLiteDatabase::createInMemory("name");
+  ASSERT_TRUE(database->execute("CREATE TABLE T (N INTEGER); INSERT INTO T VALUES (7)"));
+  folder.writeFile("store.db", *database->bytes());
+  EXPECT_EQ(sum(path), 7);
 }
 
 TEST_F(SQLiteDatabaseTest, GivesBackEveryKindOfValue) {
-  const auto database = SQLiteDatabase::create(path);
+  const auto database = SQLiteDatabase::createInMemory(path);
   ASSERT_TRUE(database.ok());
   ASSERT_TRUE(database->execute("CREATE TABLE T (A, B, C, D, E, F)").ok());
   {
