@@ -2,6 +2,7 @@
 #include "base/UUID.h"
 
 #include <sys/random.h>
+#include <uuid/uuid.h>
 
 #include <array>
 #include <cstddef>
@@ -27,13 +28,7 @@ Bytes randomBytes() {
   return drawn[--left];
 }
 
-}  // namespace
-
-std::string freshUUID() {
-  Bytes bytes = randomBytes();
-  bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
-  bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
-
+std::string textOf(const Bytes& bytes) {
   std::string text(36, '-');
   auto at = text.begin();
   for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -42,6 +37,23 @@ std::string freshUUID() {
     *at++ = kUpperHexDigits[bytes[i] & 0x0F];
   }
   return text;
+}
+
+}  // namespace
+
+std::string freshUUID() {
+  Bytes bytes = randomBytes();
+  bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
+  bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
+  return textOf(bytes);
+}
+
+std::string nameBasedUUID(const char* space, std::string_view name) {
+  Bytes spaceBytes;
+  if (uuid_parse(space, spaceBytes.data()) != 0) std::abort();
+  Bytes bytes;
+  uuid_generate_sha1(bytes.data(), spaceBytes.data(), name.data(), name.size());
+  return textOf(bytes);
 }
 
 }  // namespace annivo

@@ -9,6 +9,7 @@ set(suffixes ${CMAKE_FIND_LIBRARY_SUFFIXES})
 set(CMAKE_FIND_LIBRARY_SUFFIXES .a ${suffixes})
 pkg_check_modules(pugixml REQUIRED IMPORTED_TARGET pugixml)
 pkg_check_modules(utf8proc REQUIRED IMPORTED_TARGET libutf8proc)
+pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
 pkg_check_modules(sqlite3 REQUIRED IMPORTED_TARGET sqlite3)
 # What the archive needs where the shared library brings it along.
 target_link_libraries(PkgConfig::sqlite3 INTERFACE m ${CMAKE_DL_LIBS})

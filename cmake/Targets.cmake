@@ -10,7 +10,7 @@ function(annivo_module target folder)
 endfunction()
 
 annivo_module(annivo_base base)
-target_link_libraries(annivo_base PRIVATE cctz PkgConfig::utf8proc)
+target_link_libraries(annivo_base PRIVATE cctz PkgConfig::utf8proc PkgConfig::uuid)
 
 annivo_module(annivo_xml codecs/xml annivo_base)
 annivo_module(annivo_plist_codec codecs/plist annivo_xml annivo_base)
