@@ -66,8 +66,7 @@ std::vector<ListedPerson> Contacts::people() {
     }
     people[place->second].dates.push_back(std::move(record));
   }
-  const auto model = NSManagedObjectModel::initWithContentsOfURL(platform_.fileManager(),
-                                                                 platform_.resolvedPath(kModel));
+  const auto model = contactsModel(platform_);
   if (!model) return people;
   for (const auto& section : book_.addressBookStores()) {
     addOthers(platform_, *model, section->dbPath(), known, people);
@@ -102,6 +101,11 @@ std::vector<ListedLabel> Contacts::labels() {
     ++labels[place->second].dates;
   }
   return labels;
+}
+
+Result<NSManagedObjectModel> contactsModel(Platform& platform) {
+  return NSManagedObjectModel::initWithContentsOfURL(platform.fileManager(),
+                                                     platform.resolvedPath(kModel));
 }
 
 std::string personName(const ContactDateRecord& record) {

@@ -45,6 +45,9 @@ class Contacts {
   ZPKQueryAddressBook book_;
 };
 
+/// The model of contacts stores.
+[[nodiscard]] Result<NSManagedObjectModel> contactsModel(Platform& platform);
+
 /// The name of a record's person, as a card shows it; "(no name)" for none.
 [[nodiscard]] std::string personName(const ContactDateRecord& record);
 

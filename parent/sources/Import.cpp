@@ -2,94 +2,12 @@
 #include "parent/sources/Import.h"
 
 #include "base/Reason.h"
-#include "parent/sources/StableUUID.h"
+#include "parent/sources/SourceFolder.h"
 #include "parent/sources/VCardFiles.h"
 
 namespace annivo {
 
 namespace {
-
-constexpr const char* kAddressBook = "Library/Application Support/AddressBook";
-constexpr const char* kStore = "AddressBook-v22.abcddb";
-
-/// A source's folder and what it was last made from.
-class SourceFolder {
- public:
-  SourceFolder(Platform& platform, const std::string& name)
-      : platform_(platform),
-        name_(name),
-        path_(platform.homeDirectory() + '/' + kAddressBook + "/Sources/" +
-              stableUUID("address book source " + name)) {
-    const auto bytes = platform_.fileManager().contentsAtPath(configurationPath());
-    if (!bytes) return;
-    const auto read = parsePropertyList(*bytes, configurationPath());
-    if (read) configuration_ = *read;
-  }
-
-  [[nodiscard]] std::string me() const { return configuration_["me"].stringOr(""); }
-
-  [[nodiscard]] bool holds(const std::string& digest) const {
-    const auto store = platform_.fileManager().attributesAtPath(storePath(), Links::follow);
-    const auto* size = configuration_["storeSize"].integer();
-    return configuration_["digest"].isEqualToString(digest) && store && size &&
-           store->size == static_cast<std::uint64_t>(*size);
-  }
-
-  /// Replaces the store. After a failure the old one is as it was.
-  Result<void> write(const ImportedSource& source, const std::string& digest,
-                     const std::string& me) {
-    NSFileManager& files = platform_.fileManager();
-    if (auto made = files.createDirectoriesUnder(platform_.homeDirectory(), path_ + "/Metadata");
-        !made) {
-      return made;
-    }
-    if (auto removed = removeLogs(); !removed) return removed;
-    const Date now = platform_.clock().now();
-    if (auto written = AddressBookStoreWriter::write(files, storePath(), StoreGeneration::current,
-                                                     source.people(), source.groups(), now);
-        !written) {
-      return written;
-    }
-    if (auto touched = touchMetadata(now); !touched) return touched;
-    return remember(digest, me);
-  }
-
- private:
-  [[nodiscard]] std::string storePath() const { return path_ + '/' + kStore; }
-  [[nodiscard]] std::string configurationPath() const { return path_ + "/Configuration.plist"; }
-
-  /// A log of the old store beside the new one would be played into it.
-  Result<void> removeLogs() {
-    for (const char* log : {"-journal", "-wal", "-shm"}) {
-      if (auto removed = platform_.fileManager().removeFile(storePath() + log);
-          !removed && removed.error().kind != Error::Kind::absent) {
-        return removed;
-      }
-    }
-    return {};
-  }
-
-  Result<void> touchMetadata(Date now) {
-    return platform_.fileManager().writeAtomically(path_ + "/Metadata/import",
-                                                   describe(now) + "\n");
-  }
-
-  Result<void> remember(const std::string& digest, const std::string& me) {
-    const auto store = platform_.fileManager().attributesAtPath(storePath(), Links::follow);
-    if (!store) return store.error();
-    return platform_.fileManager().writeDurably(
-        configurationPath(), xmlPropertyList(PropertyList::Dictionary{
-                                 {"name", name_},
-                                 {"digest", digest},
-                                 {"storeSize", static_cast<std::int64_t>(store->size)},
-                                 {"me", me.empty() ? PropertyList() : PropertyList(me)}}));
-  }
-
-  Platform& platform_;
-  std::string name_;
-  std::string path_;
-  PropertyList configuration_;
-};
 
 std::string place(const std::string& file, std::size_t line, const std::string& name) {
   return file + ':' + std::to_string(line) + (name.empty() ? "" : " " + name);
@@ -153,7 +71,6 @@ Result<ImportReport> importVCards(Platform& platform, const ImportRequest& reque
   ImportedSource source(request.source);
   CardReader reader(source, report);
   if (auto read = readAll(*files, reader, progress); !read) return read.error();
-  source.finish();
   if (source.people().empty()) {
     std::string why =
         "no vCard with a person in " + joined(request.paths) + "; the address book is as it was";
@@ -163,8 +80,12 @@ Result<ImportReport> importVCards(Platform& platform, const ImportRequest& reque
     }
     return reason(why);
   }
-  SourceFolder folder(platform, request.source);
-  const std::string me = request.me.value_or(folder.me());
+  auto folder = SourceFolder::named(platform, request.source);
+  if (!folder) return folder.error();
+  auto earlier = folder->earlierIdentifiers();
+  if (!earlier) return earlier.error();
+  source.finish(*std::move(earlier));
+  const std::string me = request.me.value_or(folder->me());
   const bool found = !me.empty() && source.setMe(me);
   if (request.me && !found) {
     return reason("no card has the UID \"" + *request.me +
@@ -174,9 +95,9 @@ Result<ImportReport> importVCards(Platform& platform, const ImportRequest& reque
   report.dates = source.dateCount();
   report.groups = source.groups().size();
   const std::string digest = source.digest();
-  report.changed = !folder.holds(digest);
+  report.changed = !folder->holds(digest);
   if (report.changed) {
-    if (auto written = folder.write(source, digest, found ? me : ""); !written)
+    if (auto written = folder->write(source, digest, found ? me : ""); !written)
       return written.error();
   }
   return report;

@@ -33,10 +33,7 @@ using ImportProgress = std::function<void(std::uint64_t done, std::uint64_t all)
 
 /// Reads vCards into a source of the person's address book, whose content it replaces as a whole.
 ///
-/// The source is the folder Sources/<UUID made from its name>. Its store is written beside the old
-/// one and renamed over it, so a failure leaves the old one intact. "Configuration.plist" keeps the
-/// source's name and a digest of the content, so that an import which would change nothing writes
-/// nothing; the Metadata folder, by which the agent notices a change, is touched after the store.
+/// Its folder is SourceFolder's; a failure leaves the old content intact.
 [[nodiscard]] Result<ImportReport> importVCards(Platform& platform, const ImportRequest& request,
                                                 const ImportProgress& progress);
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "parent/sources/StableUUID.h"
+#include "parent/sources/LastingIdentifier.h"
 
 namespace annivo {
 
@@ -13,32 +13,14 @@ std::string withSuffix(const std::string& uid, const std::string& suffix) {
   return uid.ends_with(suffix) ? uid : uid + suffix;
 }
 
-/// The fields joined so that no two lists of fields give the same text.
-class Joiner {
- public:
-  Joiner& operator<<(const std::optional<std::string>& field) {
-    text_ += field ? std::to_string(field->size()) + ':' + *field : std::string("-");
-    return *this;
-  }
-  Joiner& operator<<(std::int64_t number) { return *this << std::optional(std::to_string(number)); }
-  Joiner& operator<<(const std::optional<StoredDay>& day) {
-    if (!day) return *this << std::optional<std::string>();
-    return *this << std::int64_t{day->year} << std::int64_t{day->month} << std::int64_t{day->day};
-  }
-  [[nodiscard]] const std::string& text() const { return text_; }
-
- private:
-  std::string text_;
-};
-
 std::string derivedUID(const VCardContact& contact, const std::string& text,
                        const std::unordered_map<std::string, std::size_t>& taken) {
   const StoredPerson& person = contact.person;
-  Joiner names;
-  names << std::optional(contact.shownName) << person.firstName << person.middleName
-        << person.lastName << person.nickname << person.organization;
-  std::string uid = stableUUID(names.text());
-  return taken.contains(uid) ? stableUUID(names.text() + text) : uid;
+  JoinedFields names;
+  names << "person" << contact.shownName << person.firstName << person.middleName << person.lastName
+        << person.nickname << person.organization;
+  std::string uid = lastingIdentifier(names);
+  return taken.contains(uid) ? lastingIdentifier(names << text) : uid;
 }
 
 void addOnce(std::vector<std::size_t>& members, std::size_t member) {
@@ -63,6 +45,7 @@ std::optional<std::string> ImportedSource::add(VCardContact contact, const std::
   if (contact.uid.empty()) {
     contact.uid = derivedUID(contact, text, peopleByUID_);
     if (peopleByUID_.contains(contact.uid)) return "the same card came before";
+    withoutUID_.push_back(people_.size());
   } else if (peopleByUID_.contains(bareUID(contact.uid))) {
     return "a card with the same UID came before";
   }
@@ -73,13 +56,6 @@ std::optional<std::string> ImportedSource::add(VCardContact contact, const std::
 void ImportedSource::addPerson(VCardContact contact) {
   StoredPerson& person = contact.person;
   person.uniqueId = withSuffix(contact.uid, ":ABPerson");
-  std::map<std::string, int> labels;
-  for (StoredDate& date : person.dates) {
-    const std::string label = date.label ? "=" + *date.label : "";
-    date.uniqueId = stableUUID((Joiner() << std::optional(person.uniqueId) << std::optional(label)
-                                         << std::int64_t{labels[label]++})
-                                   .text());
-  }
   for (const std::string& category : contact.categories) {
     groups_[groupNamed(category)].people.push_back(people_.size());
   }
@@ -90,18 +66,60 @@ void ImportedSource::addPerson(VCardContact contact) {
 std::size_t ImportedSource::groupNamed(const std::string& name) {
   const auto [found, isNew] = groupsByName_.emplace(name, groups_.size());
   if (isNew) {
-    groups_.push_back(
-        {.uniqueId =
-             stableUUID((Joiner() << std::optional(sourceName_) << std::optional(name)).text()) +
-             ":ABGroup",
-         .name = name,
-         .people = {},
-         .subgroups = {}});
+    groups_.push_back({.uniqueId = "", .name = name, .people = {}, .subgroups = {}});
   }
   return found->second;
 }
 
-void ImportedSource::finish() {
+void ImportedSource::finish(EarlierIdentifiers earlier) {
+  keepPeople(earlier);
+  identifyDates(earlier);
+  identifyGroups(earlier);
+  joinGroups();
+}
+
+/// Namesakes are told apart by their birthdays first, so that a corrected one takes nobody else's.
+void ImportedSource::keepPeople(EarlierIdentifiers& earlier) {
+  using Likeness = EarlierIdentifiers::Likeness;
+  for (const auto likeness : {Likeness::namesAndBirthday, Likeness::names}) {
+    std::erase_if(withoutUID_, [&](std::size_t place) {
+      StoredPerson& person = people_[place];
+      const auto kept = earlier.takePerson(person, likeness);
+      if (!kept || !peopleByUID_.emplace(bareUID(*kept), place).second) return false;
+      peopleByUID_.erase(bareUID(person.uniqueId));
+      person.uniqueId = *kept;
+      return keepsEarlier_ = true;
+    });
+  }
+}
+
+void ImportedSource::identifyDates(const EarlierIdentifiers& earlier) {
+  for (StoredPerson& person : people_) {
+    std::map<std::optional<std::string>, int> numbers;
+    for (StoredDate& date : person.dates) {
+      const int number = numbers[date.label]++;
+      const auto kept = earlier.date(person.uniqueId, date.label, number);
+      keepsEarlier_ |= kept.has_value();
+      date.uniqueId = kept ? *kept
+                           : lastingIdentifier(JoinedFields() << "date" << person.uniqueId
+                                                              << date.label << number);
+    }
+  }
+}
+
+void ImportedSource::identifyGroups(const EarlierIdentifiers& earlier) {
+  for (StoredGroup& group : groups_) {
+    if (!group.uniqueId.empty()) continue;
+    const auto kept = earlier.group(group.name);
+    keepsEarlier_ |= kept.has_value();
+    group.uniqueId =
+        kept ? *kept
+             : lastingIdentifier(JoinedFields() << "group" << sourceName_ << group.name) +
+                   ":ABGroup";
+  }
+}
+
+void ImportedSource::joinGroups() {
   for (const Membership& membership : memberships_) {
     for (const std::string& member : membership.members) {
       const std::string uid = bareUID(member);
@@ -131,26 +149,26 @@ std::size_t ImportedSource::dateCount() const {
 }
 
 std::string ImportedSource::digest() const {
-  Joiner all;
+  JoinedFields all;
+  all << "content";
   for (const StoredPerson& person : people_) {
-    all << std::optional(person.uniqueId) << person.firstName << person.middleName
-        << person.lastName << person.nickname << person.organization
-        << person.displayFlags.value_or(-1) << person.birthday << std::int64_t{person.isMe};
+    all << person.uniqueId << person.firstName << person.middleName << person.lastName
+        << person.nickname << person.organization << person.displayFlags.value_or(-1)
+        << person.birthday << std::int64_t{person.isMe};
     all << static_cast<std::int64_t>(person.dates.size());
     for (const StoredDate& date : person.dates) {
-      all << std::optional(date.uniqueId) << date.label << date.day;
+      all << date.uniqueId << date.label << date.day;
     }
     all << static_cast<std::int64_t>(person.emails.size());
-    for (const std::string& email : person.emails) all << std::optional(email);
+    for (const std::string& email : person.emails) all << email;
   }
   for (const StoredGroup& group : groups_) {
-    all << std::optional(group.uniqueId) << std::optional(group.name)
-        << static_cast<std::int64_t>(group.people.size());
+    all << group.uniqueId << group.name << static_cast<std::int64_t>(group.people.size());
     for (const std::size_t person : group.people) all << static_cast<std::int64_t>(person);
     all << static_cast<std::int64_t>(group.subgroups.size());
     for (const std::size_t other : group.subgroups) all << static_cast<std::int64_t>(other);
   }
-  return stableUUID(all.text());
+  return lastingIdentifier(all);
 }
 
 }  // namespace annivo

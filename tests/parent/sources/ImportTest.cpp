@@ -10,7 +10,7 @@
 #include "parent/settings/Session.h"
 #include "parent/settings/Words.h"
 #include "parent/sources/Import.h"
-#include "parent/sources/StableUUID.h"
+#include "parent/sources/LastingIdentifier.h"
 #include "tests/parent/support/CommandHome.h"
 #include "tests/support/FailingFileManager.h"
 
@@ -67,8 +67,10 @@ class Import : public testing::Test {
 
   static std::string sourceFolder(const std::string& name = "vCards") {
     return "Library/Application Support/AddressBook/Sources/" +
-           stableUUID("address book source " + name);
+           lastingIdentifier(JoinedFields() << "source" << name);
   }
+
+  static std::string store() { return sourceFolder() + "/AddressBook-v22.abcddb"; }
 
   TestHome home;
 };
@@ -353,11 +355,34 @@ TEST_F(Import, ThatFailsAtAnyChangeLeavesAWholeSourceAndMendsItself) {
   }
 }
 
-TEST(StableUUID, HasTheFormOfAUUIDAndDependsOnTheTextAlone) {
-  EXPECT_EQ(stableUUID("a"), stableUUID("a"));
-  EXPECT_NE(stableUUID("a"), stableUUID("b"));
-  EXPECT_EQ(stableUUID("").size(), 36U);
-  EXPECT_EQ(stableUUID("x").find_first_not_of("0123456789ABCDEF-"), std::string::npos);
+TEST_F(Import, ThatFailsAtOneStepSaysSoAndKeepsTheOldStoreUnlessTheNewIsThere) {
+  PosixFileManager disk;
+  home.writeFile("one.vcf", kAnn);
+  home.writeFile("cards.vcf", kAnn + kBob);
+  constexpr std::size_t kSteps = 6;  // three logs removed, the store, its Metadata, Configuration
+  for (std::size_t step = 1; step <= kSteps + 1; ++step) {
+    ASSERT_TRUE(import({"one.vcf"}).ok());
+    const std::string before = home.readFile(store());
+    FailingFileManager failing(disk);
+    home.useFileManager(&failing);
+    failing.failChange(step);
+    const auto report = import({"cards.vcf"});
+    home.useFileManager(nullptr);
+    EXPECT_EQ(report.ok(), step > kSteps) << step;
+    if (!report.ok()) {
+      EXPECT_NE(report.error().description.find(sourceFolder()), std::string::npos);
+    }
+    EXPECT_EQ(home.readFile(store()) == before, step <= 4) << step;
+    EXPECT_EQ(peopleInBook().size(), step <= 4 ? 1U : 2U) << step;
+  }
+}
+
+TEST_F(Import, LeavesNoLogOfTheOldStoreBesideTheNew) {
+  (void)imported(kAnn);
+  for (const char* log : {"-journal", "-wal", "-shm"}) home.writeFile(store() + log, "old");
+  (void)imported(kBob);
+  for (const char* log : {"-journal", "-wal", "-shm"}) EXPECT_FALSE(home.exists(store() + log));
+  EXPECT_EQ(peopleInBook(), (std::vector<std::string>{"Bob Jones u2:ABPerson --02-29"}));
 }
 
 }  // namespace
