@@ -51,8 +51,9 @@ void peopleCommand(CommandSession& session) {
     rows.push_back({person.name, all, person.uid});
   }
   if (!people.empty()) console.table(rows);
+  const bool nobody = people.empty() && !session.platform.application().presentedFailure();
   console.line(counted(people.size(), "person", "people") + ", " + counted(dates, "date", "dates") +
-               '.' + (people.empty() ? " \"annivo import\" brings in vCards." : ""));
+               '.' + (nobody ? " \"annivo import\" brings in vCards." : ""));
 }
 
 void groupsCommand(CommandSession& session) {

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "parent/command/Commands.h"
+#include "parent/runs/OurEvents.h"
 #include "parent/settings/AlarmTable.h"
 #include "parent/settings/Words.h"
 
@@ -64,9 +65,10 @@ void listCommand(CommandSession& session, const std::optional<std::string>& from
 
   CalCalendarStore& store = platform.defaultCalendarStore();
   auto events = store.events(start, end, store.calendars());
+  OurEvents ours(platform, {&platform.fileManager()});
   // An event of the day before ends at the first moment asked for.
   std::erase_if(events, [&](const auto& event) {
-    return !event->ledgerIdentity() || event->startDate() < start;
+    return !ours.contains(*event) || event->startDate() < start;
   });
   std::stable_sort(events.begin(), events.end(), [](const auto& left, const auto& right) {
     return std::pair(left->startDate(), left->title()) <

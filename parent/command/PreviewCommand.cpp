@@ -57,21 +57,17 @@ void hintAtCalendars(CommandSession& session) {
   }
 }
 
-}  // namespace
+PropertyList previewValue(const Preview& preview, const NSTimeZone& zone) {
+  auto value = changesAsPropertyList(preview.changes, zone);
+  value.emplace("newCalendars", texts(preview.newCalendars));
+  value.emplace("leftOut", leftOutValue(preview.leftOut));
+  value.emplace("messages", texts(preview.messages));
+  value.emplace("switchedOff", preview.switchedOff);
+  return value;
+}
 
-void previewCommand(CommandSession& session) {
-  const Preview preview = previewRun(session);
+void showPreview(CommandSession& session, const Preview& preview) {
   const Console& console = session.console;
-  const NSTimeZone& zone = session.platform.defaultTimeZone();
-  if (console.json) {
-    auto value = changesAsPropertyList(preview.changes, zone);
-    value.emplace("newCalendars", texts(preview.newCalendars));
-    value.emplace("leftOut", leftOutValue(preview.leftOut));
-    value.emplace("messages", texts(preview.messages));
-    value.emplace("switchedOff", preview.switchedOff);
-    return console.writeJSON(value);
-  }
-  for (const std::string& message : preview.messages) console.note(printable(message));
   if (preview.switchedOff) {
     console.note(
         "The agent is off: a run only takes its events out (\"annivo on\" switches it on).");
@@ -81,8 +77,24 @@ void previewCommand(CommandSession& session) {
   for (const std::string& title : preview.newCalendars) {
     console.line("To create: the calendar \"" + printable(title) + "\"");
   }
-  showChanges(console, preview.changes, zone, false);
+  showChanges(console, preview.changes, session.platform.defaultTimeZone(), false);
   showLeftOut(console, preview.leftOut);
+}
+
+}  // namespace
+
+void previewCommand(CommandSession& session) {
+  const Preview preview = previewRun(session);
+  const Console& console = session.console;
+  if (console.json) {
+    console.writeJSON(previewValue(preview, session.platform.defaultTimeZone()));
+  } else {
+    for (const std::string& message : preview.messages) console.note(printable(message));
+    showPreview(session, preview);
+  }
+  if (preview.presentedFailure) {
+    throw Refusal{"a run that is started now would meet a failure, which its messages name"};
+  }
 }
 
 void runCommand(CommandSession& session) {
@@ -92,12 +104,14 @@ void runCommand(CommandSession& session) {
   }
   hintAtCalendars(session);
   markLaunch(session.platform);
-  const EventChanges changes = runAgent(session);
+  const AgentRun run = runAgent(session);
   const NSTimeZone& zone = session.platform.defaultTimeZone();
   if (session.console.json) {
-    return session.console.writeJSON(changesAsPropertyList(changes, zone));
+    session.console.writeJSON(changesAsPropertyList(run.changes, zone));
+  } else {
+    showChanges(session.console, run.changes, zone, true);
   }
-  showChanges(session.console, changes, zone, true);
+  refuseIfFailed(run);
 }
 
 }  // namespace annivo

@@ -58,7 +58,7 @@ int inSession(const ProgramStart& start, Console& console, bool launched,
   action(session);
   console.out.flush();
   if (!console.out) throw Refusal{"the results could not be written"};
-  return 0;
+  return platform.application().presentedFailure() ? 1 : 0;
 }
 
 int dispatch(const ProgramStart& start, Console& console) {

@@ -86,14 +86,16 @@ void onCommand(CommandSession& session) {
 
 void offCommand(CommandSession& session) {
   settingNamed("agent").set(session, {"off"});
-  const EventChanges changes = runAgent(session);
-  const NSTimeZone& zone = session.platform.defaultTimeZone();
+  const AgentRun run = runAgent(session);
   if (session.console.json) {
-    return session.console.writeJSON(changesAsPropertyList(changes, zone));
+    session.console.writeJSON(
+        changesAsPropertyList(run.changes, session.platform.defaultTimeZone()));
+  } else {
+    session.console.line("The agent is off; " +
+                         counted(run.changes.removed.size(), "event was", "events were") +
+                         " taken out of the calendars.");
   }
-  session.console.line("The agent is off; " +
-                       counted(changes.removed.size(), "event was", "events were") +
-                       " taken out of the calendars.");
+  refuseIfFailed(run);
 }
 
 }  // namespace annivo

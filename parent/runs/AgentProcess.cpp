@@ -4,6 +4,8 @@
 #include <iostream>
 #include <map>
 
+#include "codecs/icalendar/EventFile.h"
+#include "parent/runs/OurEvents.h"
 #include "parent/runs/OverlayFileManager.h"
 #include "platform/appkit/ChildProcess.h"
 #include "run/AnvCalPrefs.h"
@@ -14,42 +16,42 @@ namespace {
 
 struct EventFileState {
   Date modificationDate{};
-  std::string bytes;
+  std::uint64_t size = 0;
+  Result<std::string> bytes = std::string();
 };
 
+/// By path.
 using EventFiles = std::map<std::string, EventFileState>;
 
-/// All event files. With `known`, the content of one whose time is the same is not read again.
-EventFiles eventFiles(Platform& platform, const EventFiles* known = nullptr) {
-  const std::string root = platform.homeDirectory() + "/Library/Calendars";
-  const NSFileManager& files = platform.fileManager();
-  NSDirectoryEnumerator walk(files, root);
+/// All event files. With `known`, the content of one whose time and size are the same is not read
+/// again.
+EventFiles allEventFiles(Platform& platform, const EventFiles* known = nullptr) {
+  NSFileManager& files = platform.fileManager();
   EventFiles found;
-  while (const auto relative = walk.nextObject()) {
-    if (!relative->ends_with(".ics")) continue;
-    const std::string path = root + '/' + *relative;
+  for (const std::string& path : eventFiles(platform, files)) {
     const auto attributes = files.attributesAtPath(path, Links::follow);
     if (!attributes) continue;
     if (known) {
       const auto before = known->find(path);
       if (before != known->end() &&
           before->second.modificationDate == attributes->modificationDate &&
-          before->second.bytes.size() == attributes->size) {
+          before->second.size == attributes->size) {
         found.emplace(path, before->second);
         continue;
       }
     }
-    const auto bytes = files.contentsAtPath(path);
-    found.emplace(path, EventFileState{attributes->modificationDate, bytes ? *bytes : ""});
+    found.emplace(path, EventFileState{attributes->modificationDate, attributes->size,
+                                       files.contentsAtPath(path, EventFile::kLimit)});
   }
   return found;
 }
 
-void runAndWait(const std::string& executable) {
+/// Whether the run presented a failure, which its exit status 1 says.
+bool runAndWait(const std::string& executable) {
   std::cout.flush();
   const auto ended = runProcessInForeground(executable, {});
   if (!ended) throw Refusal{ended.error().description};
-  if (ended->status == 0) return;
+  if (ended->signal == 0 && ended->status <= 1) return ended->status == 1;
   throw Refusal{"the agent did not end well (" +
                 (ended->signal == 0 ? "exit status " + std::to_string(ended->status)
                                     : "signal " + std::to_string(ended->signal)) +
@@ -66,11 +68,11 @@ PropertyList lastUpdateCheck(Platform& platform) {
 }
 
 /// Runs the agent once more where it only started the parent application, to tell of a new
-/// version, which shows in the time of the last check.
-void runToItsEnd(Session& session, const std::string& executable) {
+/// version, which shows in the time of the last check. Whether a failure was presented.
+bool runToItsEnd(Session& session, const std::string& executable) {
   const PropertyList check = lastUpdateCheck(session.platform);
-  runAndWait(executable);
-  if (lastUpdateCheck(session.platform) == check) return;
+  const bool failed = runAndWait(executable);
+  if (lastUpdateCheck(session.platform) == check) return failed;
   AnvCalPrefs prefs(session.platform);
   const PropertyList& interval = prefs.prefs()[keys::kSUScheduledCheckInterval];
   if (!interval.isNil() && interval.integerValue() < 1) {
@@ -80,23 +82,33 @@ void runToItsEnd(Session& session, const std::string& executable) {
   }
   session.note("A new version of Annivo 2 is out; the application tells where.");
   storeChoices(session, {{keys::kSULastCheckTime, session.platform.clock().now()}});
-  runAndWait(executable);
+  return runAndWait(executable) || failed;
 }
 
 }  // namespace
 
-EventChanges runAgent(Session& session) {
+AgentRun runAgent(Session& session) {
   Platform& platform = session.platform;
-  const EventFiles before = eventFiles(platform);
-  runToItsEnd(session, agentExecutable(platform.fileManager(), parentBundlePath(session)));
-  const EventFiles after = eventFiles(platform, &before);
+  NSFileManager& files = platform.fileManager();
+  std::map<std::string, Result<std::string>> ledger;
+  for (const std::string& path : OurEvents::ledgerFiles(platform)) {
+    ledger.emplace(path, files.contentsAtPath(path));
+  }
+  const EventFiles before = allEventFiles(platform);
+  const bool failed = runToItsEnd(session, agentExecutable(files, parentBundlePath(session)));
+  const EventFiles after = allEventFiles(platform, &before);
 
-  OverlayFileManager old(platform.fileManager(), platform.clock());
+  OverlayFileManager old(files, platform.clock());
+  for (const auto& [path, bytes] : ledger) {
+    bytes ? old.putFile(path, *bytes) : old.putAbsence(path);
+  }
   std::vector<std::string> changed;
   for (const auto& [path, state] : before) {
     const auto now = after.find(path);
-    if (now != after.end() && now->second.bytes == state.bytes) continue;
-    old.putFile(path, state.bytes);
+    // Of a file that could not be read nothing is known.
+    if (!state.bytes) continue;
+    if (now != after.end() && now->second.bytes && *now->second.bytes == *state.bytes) continue;
+    old.putFile(path, *state.bytes);
     changed.push_back(path);
   }
   for (const auto& [path, state] : after) {
@@ -104,7 +116,15 @@ EventChanges runAgent(Session& session) {
     old.putAbsence(path);
     changed.push_back(path);
   }
-  return eventChanges(platform, old, platform.fileManager(), changed);
+  return {eventChanges(platform, old, files, changed), failed};
+}
+
+void refuseIfFailed(const AgentRun& run) {
+  if (run.presentedFailure) {
+    throw Refusal{
+        "the agent met a failure, which its messages name; what it could do is done, and \"annivo "
+        "run\" tries again"};
+  }
 }
 
 }  // namespace annivo

@@ -2,36 +2,87 @@
 #include "parent/runs/EventChanges.h"
 
 #include <algorithm>
+#include <map>
+#include <optional>
+#include <string_view>
 #include <tuple>
+#include <utility>
 
-#include "parent/settings/Session.h"
+#include "codecs/icalendar/EventFile.h"
+#include "parent/runs/OurEvents.h"
 #include "parent/settings/Words.h"
 
 namespace annivo {
 
 namespace {
 
-using Event = std::shared_ptr<CalEvent>;
+constexpr const char* kEventFolder = "/Events";
 
-/// The UID that the name of an event file gives; "" for another file.
-std::string uidOf(const std::string& path) {
-  constexpr std::string_view kSuffix = ".ics";
-  const std::string name = path.substr(path.rfind('/') + 1);
-  if (!name.ends_with(kSuffix) || name.starts_with('.')) return "";
-  return name.substr(0, name.size() - kSuffix.size());
+CalCalendarStore storeOver(Platform& platform, NSFileManager& files) {
+  return {files, platform.clock(), platform.log(), platform.defaultTimeZone(),
+          platform.homeDirectory()};
 }
 
-Event ourEvent(CalCalendarStore& store, NSFileManager& files, const std::string& path) {
-  if (!files.fileExistsAtPath(path)) return nullptr;
-  Event event = store.eventWithUID(uidOf(path));
-  return event && event->ledgerIdentity() ? event : nullptr;
-}
+bool isEventFile(std::string_view name) { return name.ends_with(".ics") && !name.starts_with('.'); }
 
-EventChange changeOf(const CalEvent& event, std::string what = {}) {
-  return {.date = event.startDate().value_or(Date()),
-          .title = event.title().value_or(""),
-          .calendar = event.calendar() ? event.calendar()->title() : "",
-          .uid = event.uid(),
+struct EventFileContent {
+  std::string text;
+  std::vector<std::shared_ptr<CalEvent>> events;
+};
+
+/// An event and the text of its file.
+struct FoundEvent {
+  std::shared_ptr<CalEvent> event;
+  std::string calendar;  ///< title
+  std::string text;
+};
+
+/// The events of ours that one state has in some files, by calendar folder and UID.
+class State {
+ public:
+  State(Platform& platform, NSFileManager& files, OurEvents& ours)
+      : platform_(platform), files_(files), ours_(ours) {
+    CalCalendarStore store = storeOver(platform, files);
+    for (const auto& calendar : store.calendars()) {
+      titles_.emplace(calendar->path() + kEventFolder, calendar->title());
+    }
+  }
+
+  using Key = std::pair<std::string, std::string>;
+  [[nodiscard]] const std::map<Key, FoundEvent>& events() const { return events_; }
+  /// The title of the calendar whose folder of events that is; null for another folder.
+  [[nodiscard]] const std::string* titleOf(const std::string& folder) const {
+    const auto found = titles_.find(folder);
+    return found == titles_.end() ? nullptr : &found->second;
+  }
+  /// What a file holds, nothing of one that is not there; no result where it cannot be read.
+  [[nodiscard]] std::optional<EventFileContent> read(const std::string& path) const {
+    auto text = files_.contentsAtPath(path, EventFile::kLimit);
+    if (!text && text.error().kind == Error::Kind::absent) return EventFileContent();
+    auto events = text ? EventFile::events(*text, platform_.defaultTimeZone()) : std::nullopt;
+    if (!events) return std::nullopt;
+    return EventFileContent{*std::move(text), *std::move(events)};
+  }
+  void add(const EventFileContent& file, const std::string& folder, const std::string& title) {
+    for (const auto& event : file.events) {
+      if (!ours_.contains(*event)) continue;
+      events_.emplace(Key{folder, event->uid()}, FoundEvent{event, title, file.text});
+    }
+  }
+
+ private:
+  Platform& platform_;
+  NSFileManager& files_;
+  OurEvents& ours_;
+  std::map<std::string, std::string> titles_;
+  std::map<Key, FoundEvent> events_;
+};
+
+EventChange changeOf(const FoundEvent& found, std::string what = {}) {
+  return {.date = found.event->startDate().value_or(Date()),
+          .title = found.event->title().value_or(""),
+          .calendar = found.calendar,
+          .uid = found.event->uid(),
           .what = std::move(what)};
 }
 
@@ -63,26 +114,49 @@ PropertyList listValue(const std::vector<EventChange>& list, const NSTimeZone& z
 
 }  // namespace
 
+std::vector<std::string> eventFiles(Platform& platform, NSFileManager& files) {
+  std::vector<std::string> paths;
+  CalCalendarStore store = storeOver(platform, files);
+  for (const auto& calendar : store.calendars()) {
+    const std::string folder = calendar->path() + kEventFolder;
+    const auto entries = files.contentsOfDirectory(folder);
+    if (!entries) continue;
+    for (const DirectoryEntry& entry : *entries) {
+      if (isEventFile(entry.name)) paths.push_back(folder + '/' + entry.name);
+    }
+  }
+  return paths;
+}
+
 EventChanges eventChanges(Platform& platform, NSFileManager& before, NSFileManager& after,
                           const std::vector<std::string>& paths) {
-  const auto storeOver = [&](NSFileManager& files) {
-    return CalCalendarStore(files, platform.clock(), platform.log(), platform.defaultTimeZone(),
-                            platform.homeDirectory());
-  };
-  CalCalendarStore old = storeOver(before);
-  CalCalendarStore now = storeOver(after);
-  EventChanges changes;
+  OurEvents ours(platform, {&before, &after});
+  State old(platform, before, ours);
+  State now(platform, after, ours);
   for (const std::string& path : paths) {
-    if (uidOf(path).empty()) continue;
-    const Event was = ourEvent(old, before, path);
-    const Event is = ourEvent(now, after, path);
-    if (was && is) {
-      changes.changed.push_back(changeOf(*is, differences(*was, *is)));
-    } else if (is) {
-      changes.added.push_back(changeOf(*is));
-    } else if (was) {
-      changes.removed.push_back(changeOf(*was));
+    const auto slash = path.rfind('/');
+    const std::string folder = path.substr(0, slash);
+    const std::string* title = now.titleOf(folder);
+    if (!title) title = old.titleOf(folder);
+    if (!title || !isEventFile(std::string_view(path).substr(slash + 1))) continue;
+    // Where one state of a file is not known, neither is what happened to its events.
+    const auto was = old.read(path);
+    const auto is = now.read(path);
+    if (!was || !is) continue;
+    old.add(*was, folder, *title);
+    now.add(*is, folder, *title);
+  }
+  EventChanges changes;
+  for (const auto& [key, is] : now.events()) {
+    const auto was = old.events().find(key);
+    if (was == old.events().end()) {
+      changes.added.push_back(changeOf(is));
+    } else if (was->second.text != is.text) {
+      changes.changed.push_back(changeOf(is, differences(*was->second.event, *is.event)));
     }
+  }
+  for (const auto& [key, was] : old.events()) {
+    if (!now.events().contains(key)) changes.removed.push_back(changeOf(was));
   }
   for (auto* list : {&changes.added, &changes.changed, &changes.removed}) sort(*list);
   return changes;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,8 +22,12 @@ struct EventChanges {
   std::vector<EventChange> added, changed, removed;
 };
 
-/// Compares the event files at `paths` as `before` and `after` have them. Events that carry no
-/// ledger identity are somebody else's and left out.
+/// The paths of all event files in the calendars of `files`, also behind linked folders.
+[[nodiscard]] std::vector<std::string> eventFiles(Platform& platform, NSFileManager& files);
+
+/// Compares the events in the files at `paths` as `before` and `after` have them; whose they are,
+/// the ledgers of both say. An event is known by its UID, whatever its file is called. Files
+/// outside the calendars, somebody else's events, and files that cannot be read are left out.
 [[nodiscard]] EventChanges eventChanges(Platform& platform, NSFileManager& before,
                                         NSFileManager& after,
                                         const std::vector<std::string>& paths);

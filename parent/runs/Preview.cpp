@@ -181,6 +181,7 @@ Preview previewRun(Session& session) {
     throw Refusal{"the agent cannot run" +
                   (lines.empty() ? std::string() : ": " + printable(lines.back()))};
   }
+  preview.presentedFailure = platform.application().presentedFailure();
   preview.changes = eventChanges(real, real.fileManager(), files, files.changedFiles());
   preview.newCalendars = newCalendars(session, platform);
   return preview;

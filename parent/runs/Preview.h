@@ -16,6 +16,7 @@ struct Preview {
   std::vector<std::string> newCalendars;  ///< titles of calendars that it would create
   std::vector<LeftOut> leftOut;           ///< contact dates that yield no event
   std::vector<std::string> messages;      ///< what it would tell the person
+  bool presentedFailure = false;          ///< one of the messages is of a failure
   bool switchedOff = false;               ///< it would only take its events out
 };
 

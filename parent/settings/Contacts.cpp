@@ -67,7 +67,10 @@ std::vector<ListedPerson> Contacts::people() {
     people[place->second].dates.push_back(std::move(record));
   }
   const auto model = contactsModel(platform_);
-  if (!model) return people;
+  if (!model) {
+    platform_.application().presentError(model.error());
+    return people;
+  }
   for (const auto& section : book_.addressBookStores()) {
     addOthers(platform_, *model, section->dbPath(), known, people);
   }

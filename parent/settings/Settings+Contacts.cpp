@@ -24,7 +24,16 @@ std::string shownGroup(Session& session) {
   for (const ListedGroup& group : Contacts(session.platform).groups()) {
     if (group.uid == uid) return group.name;
   }
-  return uid + " (there is no such group any more)";
+  return uid + (session.platform.application().presentedFailure()
+                    ? " (not all contacts could be read)"
+                    : " (there is no such group any more)");
+}
+
+/// Nothing is said to be missing where it could not be looked for.
+void refuseIfUnread(Session& session) {
+  if (session.platform.application().presentedFailure()) {
+    throw Refusal{"not all contacts could be read; nothing is changed"};
+  }
 }
 
 ListedGroup findGroup(Session& session, const std::string& wanted) {
@@ -34,6 +43,7 @@ ListedGroup findGroup(Session& session, const std::string& wanted) {
     if (caseFolded(group.name) == caseFolded(wanted)) named.push_back(group);
   }
   if (named.empty()) {
+    refuseIfUnread(session);
     throw Refusal{"there is no group \"" + wanted + "\"; \"annivo groups\" lists those there are"};
   }
   if (named.size() > 1) {
@@ -74,6 +84,7 @@ void setLabels(Session& session, const std::vector<std::string>& words) {
       return label.dateType == word || caseFolded(label.shown) == caseFolded(word);
     });
     if (found == labels.end()) {
+      refuseIfUnread(session);
       throw Refusal{"no date has the label \"" + word +
                     "\"; \"annivo labels\" lists those there are"};
     }

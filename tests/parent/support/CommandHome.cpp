@@ -37,7 +37,7 @@ CommandOutcome CommandHome::run(const std::vector<std::string>& words) {
       CommandSession inHome = session(console);
       try {
         commandLine.run(inHome);
-        outcome.status = 0;
+        outcome.status = home.platform().application().presentedFailure() ? 1 : 0;
       } catch (const Refusal& refusal) {
         err << "annivo: " << refusal.sentence << '\n';
         outcome.status = 1;
