@@ -4,14 +4,16 @@
 namespace annivo {
 
 namespace {
-constexpr const char* kName = "/Annivo 2.unfinished";
+std::string pathIn(const std::string& folder) {
+  return folder + '/' + names::kLedger + ".unfinished";
 }
+}  // namespace
 
 RunMark::RunMark(Platform& platform, std::string folder, const std::string& otherFolder)
     : platform_(platform),
       folder_(std::move(folder)),
-      path_(folder_ + kName),
-      otherPath_(otherFolder + kName) {
+      path_(pathIn(folder_)),
+      otherPath_(pathIn(otherFolder)) {
   const NSFileManager& files = platform_.fileManager();
   isSet_ = files.attributesAtPath(path_, Links::doNotFollow).ok();
   const bool isInOther = files.attributesAtPath(otherPath_, Links::doNotFollow).ok();
@@ -85,8 +87,9 @@ void RunMark::removeTemporaries() {
   NSFileManager& files = platform_.fileManager();
   const auto entries = files.contentsOfDirectory(folder_);
   if (!entries) return;
+  const std::string prefix = std::string(".") + names::kLedger + '.';
   for (const DirectoryEntry& entry : *entries) {
-    if (!entry.name.starts_with(".Annivo 2.") || !entry.name.ends_with(".tmp")) continue;
+    if (!entry.name.starts_with(prefix) || !entry.name.ends_with(".tmp")) continue;
     if (const auto removed = files.removeFile(folder_ + "/" + entry.name); !removed) {
       platform_.log().write(removed.error().text());
     }

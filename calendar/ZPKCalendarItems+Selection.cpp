@@ -68,16 +68,16 @@ bool ZPKCalendarItems::hasCalendarBeenUpdatedSinceLastRun(const std::string& uid
   if (uid.empty()) return false;
   // What the run before did not bring to its end, this one has to.
   if (mark_.wasFound()) return true;
-  const std::string root = platform_.homeDirectory() + "/Library/Calendars/";
-  const std::string wanted = uid + ".calendar";
+  const std::string root = platform_.folders().calendars() + '/';
+  const std::string wanted = uid + names::kCalendarSuffix;
   std::optional<std::string> folder;
   NSDirectoryEnumerator walk(platform_.fileManager(), root);
   while (const auto entry = walk.nextObject()) {
-    if (entry->ends_with("Events")) walk.skipDescendents();
+    if (entry->ends_with(names::kEvents)) walk.skipDescendents();
     const auto slash = entry->rfind('/');
     const std::string_view name =
         std::string_view(*entry).substr(slash == std::string::npos ? 0 : slash + 1);
-    if (name == wanted) folder = root + *entry + "/Events";
+    if (name == wanted) folder = root + *entry + '/' + names::kEvents;
   }
   std::optional<Date> modified;
   if (folder) {

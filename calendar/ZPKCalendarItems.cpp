@@ -29,7 +29,7 @@ ZPKCalendarItems::~ZPKCalendarItems() {
 }
 
 std::string ZPKCalendarItems::calendarsFolder() const {
-  const std::string folder = platform_.homeDirectory() + "/Library/Calendars";
+  const std::string folder = platform_.folders().calendars();
   return platform_.fileManager().fileExistsAtPath(folder) ? folder : platform_.homeDirectory();
 }
 

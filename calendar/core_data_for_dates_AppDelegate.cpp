@@ -3,10 +3,6 @@
 
 namespace annivo {
 
-namespace {
-constexpr const char* kFolder = "/Annivo 2";
-}
-
 core_data_for_dates_AppDelegate::~core_data_for_dates_AppDelegate() {
   closeLedger();
   managedObjectContext_.reset();
@@ -16,11 +12,11 @@ core_data_for_dates_AppDelegate::~core_data_for_dates_AppDelegate() {
 
 std::string core_data_for_dates_AppDelegate::applicationSupportFolder() const {
   const auto support = platform_.applicationSupportDirectory();
-  return support ? *support + kFolder : temporaryFolder();
+  return support ? *support + '/' + names::kLedger : temporaryFolder();
 }
 
 std::string core_data_for_dates_AppDelegate::temporaryFolder() const {
-  return platform_.temporaryDirectory() + kFolder;
+  return platform_.temporaryDirectory() + '/' + names::kLedger;
 }
 
 const NSManagedObjectModel* core_data_for_dates_AppDelegate::managedObjectModel() {
@@ -41,8 +37,8 @@ NSPersistentStoreCoordinator* core_data_for_dates_AppDelegate::persistentStoreCo
   const std::string folder = applicationSupportFolder();
   temporary_ = folder == temporaryFolder();
   if (temporary_) {
-    platform_.log().write("There is no folder " + platform_.homeDirectory() +
-                          "/Library/Application Support; the event ledger is kept in " + folder);
+    platform_.log().write("There is no folder " + platform_.folders().applicationSupport() +
+                          "; the event ledger is kept in " + folder);
   }
   NSFileManager& files = platform_.fileManager();
   // The run goes on without it; the run's mark tries again.
@@ -55,8 +51,8 @@ NSPersistentStoreCoordinator* core_data_for_dates_AppDelegate::persistentStoreCo
   if (!model) return nullptr;
   persistentStoreCoordinator_ =
       std::make_unique<NSPersistentStoreCoordinator>(*model, platform_.storeEnvironment());
-  const auto added =
-      persistentStoreCoordinator_->addPersistentStore(StoreType::xml, folder + "/Annivo 2.xml");
+  const auto added = persistentStoreCoordinator_->addPersistentStore(
+      StoreType::xml, folder + '/' + names::kLedger + ".xml");
   if (!added) platform_.application().presentError(added.error());
   return persistentStoreCoordinator_.get();
 }

@@ -9,10 +9,8 @@ namespace annivo {
 
 namespace {
 
-constexpr std::string_view kStoreFile = "AddressBook-v22.abcddb";
-
 bool isStoreFile(const std::string& path) {
-  return path == kStoreFile || path.ends_with("/" + std::string(kStoreFile));
+  return path == names::kContactsStore || path.ends_with('/' + std::string(names::kContactsStore));
 }
 
 template <typename Item>
@@ -34,12 +32,13 @@ ZPKQueryAddressBook::ZPKQueryAddressBook(Platform& platform, GroupsAre groups)
 const std::vector<std::unique_ptr<ZPKQueryAddressBookSection>>&
 ZPKQueryAddressBook::addressBookStores() {
   if (addressBookStores_) return *addressBookStores_;
-  const std::string folder =
-      appendingPathComponent(platform_.homeDirectory(), "Library/Application Support/AddressBook");
+  const std::string folder = platform_.folders().addressBook();
   std::vector<std::unique_ptr<ZPKQueryAddressBookSection>> stores;
   NSDirectoryEnumerator walk(platform_.fileManager(), folder);
   while (const auto path = walk.nextObject()) {
-    if (path->ends_with("Metadata") || path->ends_with("Images")) walk.skipDescendents();
+    if (path->ends_with(names::kMetadata) || path->ends_with(names::kImages)) {
+      walk.skipDescendents();
+    }
     if (!isStoreFile(*path)) continue;
     stores.push_back(
         std::make_unique<ZPKQueryAddressBookSection>(platform_, folder + "/" + *path, groups_));

@@ -66,7 +66,9 @@ Result<std::string> runningExecutable() {
 }  // namespace
 
 Platform::Platform(PlatformParts parts)
-    : parts_(std::move(parts)), zone_(NSTimeZone::system(parts_.environment("TZ"))) {
+    : parts_(std::move(parts)),
+      folders_(parts_.home),
+      zone_(NSTimeZone::system(parts_.environment("TZ"))) {
   if (!parts_.log) parts_.log = std::make_unique<SystemLog>(*parts_.clock, zone_, kIdent);
   if (!parts_.alerts) parts_.alerts = makeSystemAlerts(*parts_.log, parts_.environment);
   if (!parts_.runLoop) parts_.runLoop = &ownRunLoop_;
@@ -145,7 +147,7 @@ StoreEnvironment Platform::storeEnvironment() {
 }
 
 std::optional<std::string> Platform::applicationSupportDirectory() {
-  std::string folder = parts_.home + "/Library/Application Support";
+  std::string folder = folders_.applicationSupport();
   if (const auto made = parts_.files->createDirectoriesUnder(parts_.home, folder); !made) {
     parts_.log->write(made.error().text());
     return std::nullopt;
@@ -168,7 +170,7 @@ SUHost Platform::updateHost() {
 }
 
 Result<void> Platform::becomeTheOnlyRun() {
-  const std::string folder = parts_.home + "/Library/Caches/" + kAgentDomain;
+  const std::string folder = folders_.caches() + '/' + kAgentDomain;
   const std::string file = folder + "/run.lock";
   auto lock = parts_.files->lock(file);
   if (!lock && lock.error().kind == Error::Kind::absent) {

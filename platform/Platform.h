@@ -16,6 +16,7 @@
 #include "platform/coredata/NSManagedObjectContext.h"
 #include "platform/foundation/Clock.h"
 #include "platform/foundation/Gestalt.h"
+#include "platform/foundation/HomeFolders.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSFileManager.h"
 #include "platform/foundation/NSLocale.h"
@@ -52,7 +53,9 @@ class Platform {
   static Result<std::unique_ptr<Platform>> system(const std::string& ident);
   ~Platform();
 
-  [[nodiscard]] const std::string& homeDirectory() const { return parts_.home; }
+  [[nodiscard]] const std::string& homeDirectory() const { return folders_.home(); }
+  /// The folders of the home.
+  [[nodiscard]] const HomeFolders& folders() const { return folders_; }
   [[nodiscard]] const Clock& clock() const { return *parts_.clock; }
   [[nodiscard]] const NSTimeZone& defaultTimeZone() const { return zone_; }
   [[nodiscard]] NSFileManager& fileManager() { return *parts_.files; }
@@ -88,6 +91,7 @@ class Platform {
 
  private:
   PlatformParts parts_;
+  HomeFolders folders_;
   NSTimeZone zone_;
   std::string systemFolder_;
   NSRunLoop ownRunLoop_;

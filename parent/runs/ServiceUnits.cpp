@@ -33,20 +33,20 @@ std::string quoted(const std::string& path) {
 /// The folders whose times tell the agent that something changed, and those in which new ones of
 /// them appear.
 std::vector<std::string> watchedFolders(Session& session) {
-  const std::string library = session.platform.homeDirectory() + "/Library";
-  const std::string book = library + "/Application Support/AddressBook";
-  const std::string calendars = library + "/Calendars";
-  std::vector<std::string> folders{book, book + "/Sources", calendars};
+  const HomeFolders& home = session.platform.folders();
+  const std::string book = home.addressBook();
+  const std::string calendars = home.calendars();
+  std::vector<std::string> folders{book, home.addressBookSources(), calendars};
   const auto add = [&](const std::string& root, const char* suffix) {
     NSDirectoryEnumerator walk(session.platform.fileManager(), root);
     while (const auto entry = walk.nextObject()) {
       const bool wanted = entry->ends_with(suffix);
-      if (wanted || entry->ends_with("Images")) walk.skipDescendents();
+      if (wanted || entry->ends_with(names::kImages)) walk.skipDescendents();
       if (wanted) folders.push_back(root + '/' + *entry);
     }
   };
-  add(book, "Metadata");
-  add(calendars, "Events");
+  add(book, names::kMetadata);
+  add(calendars, names::kEvents);
   // A line of a unit file ends at a line break.
   std::erase_if(folders, [](const std::string& folder) {
     return folder.find_first_of("\n\r") != folder.npos;

@@ -6,12 +6,10 @@
 
 #include "base/Unicode.h"
 #include "platform/coredata/SQLiteDatabase.h"
+#include "platform/foundation/HomeFolders.h"
 
 namespace annivo {
 namespace {
-
-constexpr const char* kFolder = "/Library/Application Support/AddressBook";
-constexpr const char* kStoreName = "/AddressBook-v22.abcddb";
 
 std::string textOr(const SQLiteStatement& row, int column, std::string_view otherwise) {
   return repairedUTF8(row.text(column).value_or(otherwise));
@@ -141,11 +139,13 @@ ABAddressBook::ABAddressBook(const NSFileManager& files, Log& log, std::string h
       readings_(std::move(readings)) {}
 
 std::optional<ABPerson> ABAddressBook::me() const {
-  const std::string folder = home_ + kFolder;
-  std::vector<std::string> stores{folder + kStoreName};
-  if (const auto sources = files_.contentsOfDirectory(folder + "/Sources")) {
+  const HomeFolders home(home_);
+  const std::string name = std::string("/") + names::kContactsStore;
+  const std::string folder = home.addressBookSources();
+  std::vector<std::string> stores{home.addressBook() + name};
+  if (const auto sources = files_.contentsOfDirectory(folder)) {
     for (const DirectoryEntry& source : *sources) {
-      stores.push_back(folder + "/Sources/" + source.name + kStoreName);
+      stores.push_back(folder + '/' + source.name + name);
     }
   } else if (sources.error().kind != Error::Kind::absent) {
     log_.write(sources.error().text());

@@ -8,7 +8,7 @@
 namespace annivo {
 namespace {
 
-constexpr std::string_view kSuffix = ".ics";
+constexpr std::string_view kSuffix = names::kEventSuffix;
 
 }  // namespace
 

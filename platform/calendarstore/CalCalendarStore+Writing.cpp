@@ -40,7 +40,9 @@ std::string nameOf(const std::string& path) { return path.substr(path.rfind('/')
 
 /// Whether this is the name of a file that we made: an upper-case UUID.
 bool isOurName(std::string_view name) {
-  constexpr std::string_view form = "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX.ics";
+  constexpr std::string_view form = "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX";
+  if (!name.ends_with(names::kEventSuffix)) return false;
+  name.remove_suffix(std::string_view(names::kEventSuffix).size());
   if (name.size() != form.size()) return false;
   return std::equal(name.begin(), name.end(), form.begin(), [](char c, char expected) {
     return expected == 'X' ? (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') : c == expected;
@@ -57,7 +59,8 @@ Error changedMeanwhile(const std::string& path) {
 Result<void> CalCalendarStore::saveEvent(CalEvent& event, CalSpan) {
   if (auto usable = checkCalendar(event.calendar_.get()); !usable) return usable;
   if (event.path_.empty()) {
-    const std::string path = eventsFolder(*event.calendar_) + "/" + event.uid() + ".ics";
+    const std::string path =
+        eventsFolder(*event.calendar_) + "/" + event.uid() + names::kEventSuffix;
     const std::string text = EventFile::newText(event, clock_.now(), zone_);
     if (auto written = writeEventFile(*event.calendar_, path, text); !written) return written;
     event.path_ = path;
@@ -87,7 +90,7 @@ Result<void> CalCalendarStore::saveChanges(CalEvent& event) {
 
   // Into another calendar: written there first, so that no moment is without it.
   const bool alone = EventFile::without(*text, event.uid()) == "";
-  const std::string path = folder + "/" + event.uid() + ".ics";
+  const std::string path = folder + "/" + event.uid() + names::kEventSuffix;
   const std::string moved = alone ? *text : EventFile::newText(event, clock_.now(), zone_);
   if (auto written = writeEventFile(*event.calendar_, path, moved); !written) return written;
   event.path_ = path;
@@ -169,7 +172,8 @@ void CalCalendarStore::removeRemains(Remains remains) {
     if (!calendar->isEditable()) continue;
     const std::string folder = eventsFolder(*calendar) + "/";
     forEachFile(calendar, [&](const std::string& name) {
-      if (name.starts_with('.') && name.ends_with(".ics.tmp")) return remove(folder + name);
+      if (name.starts_with('.') && name.ends_with(std::string(names::kEventSuffix) + ".tmp"))
+        return remove(folder + name);
       if (remains != Remains::damagedEvents || !isOurName(name)) return;
       const auto contents = contentsOfEventFile(folder + name);
       if (contents && EventFile::isBrokenOff(*contents)) {

@@ -10,7 +10,7 @@
 namespace annivo {
 namespace {
 
-constexpr std::string_view kSuffix = ".calendar";
+constexpr std::string_view kSuffix = names::kCalendarSuffix;
 /// Under which a calendar's folder is made. An interrupted run may leave it; the next reuses it.
 constexpr const char* kUnfinished = "/.annivo-calendar.tmp";
 constexpr std::size_t kInfoLimit = std::size_t{1024} * 1024;
@@ -53,7 +53,7 @@ CalCalendarStore::CalCalendarStore(NSFileManager& files, const Clock& clock, Log
       log_(log),
       zone_(std::move(zone)),
       home_(std::move(home)),
-      root_(home_ + "/Library/Calendars"),
+      root_(HomeFolders(home_).calendars()),
       watch_(files),
       index_(std::make_unique<Index>()),
       ahead_(kOrdinaryEvent) {}
@@ -98,7 +98,7 @@ void CalCalendarStore::findCalendars(const std::string& folder, int depth) {
     if (!isLink && entry.type != FileType::directory) continue;
     if (entry.name.ends_with(kSuffix)) {
       addCalendarAt(path, entry.name, depth);
-    } else if (!isLink && !entry.name.ends_with("Events") && depth < kDeepest) {
+    } else if (!isLink && !entry.name.ends_with(names::kEvents) && depth < kDeepest) {
       findCalendars(path, depth + 1);
     }
   }
@@ -109,7 +109,8 @@ void CalCalendarStore::findCalendars(const std::string& folder, int depth) {
 /// enough. A damaged Info.plist costs the calendar its title only, since its events still stand
 /// there.
 void CalCalendarStore::addCalendarAt(const std::string& path, const std::string& name, int depth) {
-  const auto contents = files_.contentsAtPath(path + "/Info.plist", kInfoLimit);
+  const std::string file = path + '/' + names::kInfo;
+  const auto contents = files_.contentsAtPath(file, kInfoLimit);
   if (!contents && contents.error().kind == Error::Kind::absent && depth == 0) return;
   auto calendar = std::make_shared<CalCalendar>();
   calendar->path_ = path;
@@ -117,7 +118,7 @@ void CalCalendarStore::addCalendarAt(const std::string& path, const std::string&
   calendar->title_ = calendar->uid_;
   if (!contents) {
     if (contents.error().kind != Error::Kind::absent) log_.write(contents.error().text());
-  } else if (const auto info = parsePropertyList(*contents, path + "/Info.plist"); !info) {
+  } else if (const auto info = parsePropertyList(*contents, file); !info) {
     log_.write(info.error().text());
   } else {
     calendar->title_ = (*info)["Title"].stringOr(calendar->uid_);
@@ -149,9 +150,9 @@ Result<void> CalCalendarStore::saveCalendar(const std::shared_ptr<CalCalendar>& 
 Result<void> CalCalendarStore::makeCalendar(const CalCalendar& calendar, const std::string& path) {
   const std::string unfinished = root_ + kUnfinished;
   if (auto made = files_.createDirectoriesUnder(home_, unfinished); !made) return made;
-  if (auto made = files_.createDirectory(unfinished + "/Events"); !made) return made;
+  if (auto made = files_.createDirectory(unfinished + '/' + names::kEvents); !made) return made;
   const std::string info = infoFor(calendar, folders_->calendars.size() + 1);
-  if (auto written = files_.writeDurably(unfinished + "/Info.plist", info); !written) {
+  if (auto written = files_.writeDurably(unfinished + '/' + names::kInfo, info); !written) {
     return written;
   }
   return files_.rename(unfinished, path);

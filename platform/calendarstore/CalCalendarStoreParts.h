@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/calendarstore/CalCalendarStore.h"
+#include "platform/foundation/HomeFolders.h"
 
 namespace annivo {
 
@@ -36,6 +37,8 @@ inline std::size_t hashOf(const LedgerIdentity& identity) {
   return (hash(identity.myUID) * 31 + hash(identity.calendarUID)) * 31 + microseconds;
 }
 
-inline std::string eventsFolder(const CalCalendar& calendar) { return calendar.path() + "/Events"; }
+inline std::string eventsFolder(const CalCalendar& calendar) {
+  return calendar.path() + '/' + names::kEvents;
+}
 
 }  // namespace annivo

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "platform/foundation/HomeFolders.h"
 #include "platform/foundation/NSLocale.h"
 
 namespace annivo {
@@ -84,8 +85,8 @@ std::string NSBundle::resourcesPath() const {
 
 const PropertyList& NSBundle::infoDictionary() const {
   if (!info_) {
-    info_ = readDictionary(*files_, isFramework(path_) ? resourcesPath() + "/Info.plist"
-                                                       : path_ + "/Contents/Info.plist");
+    info_ = readDictionary(*files_, isFramework(path_) ? resourcesPath() + '/' + names::kInfo
+                                                       : path_ + "/Contents/" + names::kInfo);
     if (info_->isNil()) info_ = PropertyList::Dictionary{};
   }
   return *info_;

@@ -2,13 +2,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/foundation/HomeFolders.h"
 #include "platform/foundation/NSUserDefaults.h"
 
 namespace annivo {
 
 namespace {
-
-constexpr const char* kFolder = "/Library/Preferences";
 
 void applyChanges(const std::map<std::string, PropertyList>& changes,
                   PropertyList::Dictionary& values) {
@@ -28,7 +27,7 @@ PreferenceDomains::PreferenceDomains(NSFileManager& files, const Clock& clock, L
     : files_(files), clock_(clock), log_(log), home_(std::move(home)) {}
 
 std::string PreferenceDomains::path(const std::string& name) const {
-  return home_ + kFolder + "/" + name + ".plist";
+  return HomeFolders(home_).preferences() + "/" + name + ".plist";
 }
 
 PreferenceDomains::Stored PreferenceDomains::read(const std::string& name) const {
@@ -117,8 +116,9 @@ Result<void> PreferenceDomains::write(const std::string& name, State& state) {
       return {};
     }
   }
-  if (auto made = files_.createDirectoriesUnder(home_, home_ + kFolder); !made) return made;
-  const auto lock = files_.lock(home_ + kFolder + "/." + name + ".lock");
+  if (auto made = files_.createDirectoriesUnder(home_, HomeFolders(home_).preferences()); !made)
+    return made;
+  const auto lock = files_.lock(HomeFolders(home_).preferences() + "/." + name + ".lock");
   if (!lock) return lock.error();
 
   Stored stored = read(name);

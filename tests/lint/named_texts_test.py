@@ -1,13 +1,16 @@
 #!/usr/bin/env python3
-"""Writes literal keys into a folder of its own and expects preference_keys.py to tell of them."""
+"""Writes texts that have a name into a folder of its own and expects named_texts.py to tell of
+them."""
 import pathlib
 import subprocess
 import sys
 import tempfile
 
-CHECK = pathlib.Path(__file__).with_name("preference_keys.py")
-HEADER = "platform/foundation/PreferenceKeys.h"
-KEYS = (pathlib.Path(__file__).parents[2] / HEADER).read_text()
+CHECK = pathlib.Path(__file__).with_name("named_texts.py")
+ROOT = pathlib.Path(__file__).parents[2]
+HEADERS = {header: (ROOT / header).read_text()
+           for header in ("platform/foundation/PreferenceKeys.h",
+                          "platform/foundation/HomeFolders.h")}
 CASES = [  # file, line, whether it is a breach
     ("run/a.cpp", 'prefs["appRunning"]', True),
     ("run/a.cpp", "prefs[keys::kAppRunning]", False),
@@ -24,6 +27,18 @@ CASES = [  # file, line, whether it is a breach
     ("run/a.cpp", '"the appRunning switch"', False),
     ("parent/command/AlarmsCommand.cpp", '{"days", alarm.days},', False),
     ("parent/command/AlarmsCommand.cpp", '{"type", alarm.kind},', True),
+    ("contacts/a.cpp", 'ends_with("Metadata")', True),
+    ("contacts/a.cpp", 'folder + "/Sources/" + name', True),
+    ("contacts/a.cpp", "ends_with(names::kMetadata)", False),
+    ("platform/a.cpp", 'path + "/Contents/Info.plist"', True),
+    ("calendar/a.cpp", 'folder + "/Annivo 2.xml"', True),
+    ("calendar/a.cpp", 'name.ends_with(".ics.tmp")', True),
+    ("calendar/a.cpp", 'home + "/Library/Calendars"', True),
+    ("calendar/a.cpp", '"There is no folder Application Support."', True),
+    ("calendar/a.cpp", '"Events this year: "', False),
+    ("calendar/a.cpp", '"The Info.plist of a calendar"', False),
+    ("run/ZPKLimitSystem.cpp", '.messageText = "Annivo 2",', False),
+    ("run/a.cpp", '.messageText = "Annivo 2",', True),
 ]
 
 
@@ -40,12 +55,13 @@ def status(files):
 def main():
     wrong = []
     for name, line, breach in CASES:
-        code, said = status({HEADER: KEYS, name: line})
+        code, said = status({**HEADERS, name: line})
         if code != int(breach):
             wrong.append(f"{name}: {line}: exit status {code}, {said}")
-    code, said = status({HEADER: ""})
-    if code != 1:
-        wrong.append(f"a header without keys: exit status {code}, {said}")
+    for header in HEADERS:
+        code, said = status({**HEADERS, header: ""})
+        if code != 1:
+            wrong.append(f"{header} without constants: exit status {code}, {said}")
     print("\n".join(wrong))
     sys.exit(1 if wrong else 0)
 
