@@ -10,12 +10,17 @@ set_target_properties(annivo_agent PROPERTIES OUTPUT_NAME AnnivoAgent
 # Most of what a run without work costs is the loading of shared libraries.
 target_link_options(annivo_agent PRIVATE -Wl,--as-needed)
 
-# Resources: every file under resources/<from> at <to>, copied when it changes.
+# Resources: every file under resources/<from> at <to>, copied when it changes; <name>.in as <name>,
+# with the version in it.
 set(annivo_resources)
 function(annivo_copy_resources from to)
   file(GLOB_RECURSE files CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}/resources/${from}
     ${CMAKE_SOURCE_DIR}/resources/${from}/*)
   foreach(file IN LISTS files)
+    if(file MATCHES "(.*)\\.in$")
+      configure_file("${CMAKE_SOURCE_DIR}/resources/${from}/${file}" "${to}/${CMAKE_MATCH_1}" @ONLY)
+      continue()
+    endif()
     add_custom_command(OUTPUT "${to}/${file}"
       COMMAND ${CMAKE_COMMAND} -E copy "${CMAKE_SOURCE_DIR}/resources/${from}/${file}" "${to}/${file}"
       DEPENDS "${CMAKE_SOURCE_DIR}/resources/${from}/${file}" VERBATIM)

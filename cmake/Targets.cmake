@@ -1,6 +1,12 @@
 # The code, one static library a room, so that the linker knows which room may use which library: one
 # that a room names as PRIVATE is for the room itself.
 
+# The version, told only to the files that say it.
+set_source_files_properties(${CMAKE_SOURCE_DIR}/parent/command/CommandLine.cpp PROPERTIES
+  COMPILE_DEFINITIONS ANNIVO_VERSION="${PROJECT_VERSION}")
+set_source_files_properties("${CMAKE_SOURCE_DIR}/codecs/icalendar/EventFile+Writing.cpp" PROPERTIES
+  COMPILE_DEFINITIONS ANNIVO_SHORT_VERSION="${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}")
+
 function(annivo_module target folder)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
   list(FILTER sources EXCLUDE REGEX "/(main|ZPKLimitSystem)\\.cpp$")

@@ -18,7 +18,8 @@ using Kind = EventLines::Kind;
 using Place = EventLines::Place;
 
 constexpr std::string_view kHeader =
-    "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Annivo//Annivo Agent 2.0//EN\r\n"
+    "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Annivo//Annivo Agent " ANNIVO_SHORT_VERSION
+    "//EN\r\n"
     "CALSCALE:GREGORIAN\r\nBEGIN:VEVENT\r\n";
 
 /// A property line to be written, or, where it is empty, a property to be taken away.

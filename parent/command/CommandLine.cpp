@@ -16,7 +16,7 @@ namespace annivo {
 
 namespace {
 
-constexpr const char* kVersion = "annivo 2.0.0";
+constexpr const char* kVersion = "annivo " ANNIVO_VERSION;
 const std::vector<std::string> kKinds = dateKindWords();
 const std::vector<std::string> kAlarms = alarmWords();
 const std::vector<std::string> kShells{"bash", "zsh", "fish"};

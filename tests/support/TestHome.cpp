@@ -13,21 +13,26 @@ namespace {
 
 constexpr const char* kAgentContents = "Annivo 2.app/Contents/Helpers/AnnivoAgent.app/Contents";
 
-/// Links every entry of a folder of the source tree's resources into `target`.
-void linkResources(const std::string& name, const fs::path& target) {
-  fs::create_directories(target);
+/// Links every entry of a folder of the source tree's resources into `folder` under `product`; what
+/// the build makes of an entry "<name>.in" it links as the built product has it.
+void linkResources(const std::string& name, const fs::path& product, const fs::path& folder) {
+  fs::create_directories(product / folder);
   const fs::path source = fs::path(ANNIVO_SOURCE_DIR) / "resources" / name;
   for (const auto& entry : fs::directory_iterator(source)) {
-    fs::create_symlink(entry.path(), target / entry.path().filename());
+    const bool isMade = entry.path().extension() == ".in";
+    const fs::path file = isMade ? entry.path().stem() : entry.path().filename();
+    fs::create_symlink(isMade ? ANNIVO_BUILD_DIR / folder / file : entry.path(),
+                       product / folder / file);
   }
 }
 
 }  // namespace
 
 TestHome::TestHome(Options options) : clock(options.now), options_(std::move(options)) {
-  linkResources("parent", product_.path("Annivo 2.app/Contents"));
-  linkResources("agent", product_.path(kAgentContents));
-  linkResources("system", product_.path("Annivo 2.app/Contents/SharedSupport/System"));
+  const fs::path product = product_.path();
+  linkResources("parent", product, "Annivo 2.app/Contents");
+  linkResources("agent", product, kAgentContents);
+  linkResources("system", product, "Annivo 2.app/Contents/SharedSupport/System");
   product_.writeFile(std::string(kAgentContents) + "/Linux/AnnivoAgent", "");
   if (!options_.languages.empty()) {
     PropertyList::Array languages(options_.languages.begin(), options_.languages.end());
