@@ -18,11 +18,9 @@ const PropertyList& parentSetting(Platform& platform, std::string_view key) {
 
 struct MetadataFolders {
   explicit MetadataFolders(Platform& platform) {
-    NSDirectoryEnumerator walk(platform.fileManager(),
-                               appendingPathComponent(platform.homeDirectory(),
-                                                      "Library/Application Support/AddressBook"));
+    NSDirectoryEnumerator walk(platform.fileManager(), platform.folders().addressBook());
     while (const auto path = walk.nextObject()) {
-      if (!path->ends_with("Metadata")) continue;
+      if (!path->ends_with(names::kMetadata)) continue;
       walk.skipDescendents();
       if (const auto attributes = walk.fileAttributes()) {
         latest = std::max(latest, attributes->modificationDate);

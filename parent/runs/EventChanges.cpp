@@ -16,14 +16,18 @@ namespace annivo {
 
 namespace {
 
-constexpr const char* kEventFolder = "/Events";
+std::string eventFolder(const CalCalendar& calendar) {
+  return calendar.path() + '/' + names::kEvents;
+}
 
 CalCalendarStore storeOver(Platform& platform, NSFileManager& files) {
   return {files, platform.clock(), platform.log(), platform.defaultTimeZone(),
           platform.homeDirectory()};
 }
 
-bool isEventFile(std::string_view name) { return name.ends_with(".ics") && !name.starts_with('.'); }
+bool isEventFile(std::string_view name) {
+  return name.ends_with(names::kEventSuffix) && !name.starts_with('.');
+}
 
 struct EventFileContent {
   std::string text;
@@ -44,7 +48,7 @@ class State {
       : platform_(platform), files_(files), ours_(ours) {
     CalCalendarStore store = storeOver(platform, files);
     for (const auto& calendar : store.calendars()) {
-      titles_.emplace(calendar->path() + kEventFolder, calendar->title());
+      titles_.emplace(eventFolder(*calendar), calendar->title());
     }
   }
 
@@ -118,7 +122,7 @@ std::vector<std::string> eventFiles(Platform& platform, NSFileManager& files) {
   std::vector<std::string> paths;
   CalCalendarStore store = storeOver(platform, files);
   for (const auto& calendar : store.calendars()) {
-    const std::string folder = calendar->path() + kEventFolder;
+    const std::string folder = eventFolder(*calendar);
     const auto entries = files.contentsOfDirectory(folder);
     if (!entries) continue;
     for (const DirectoryEntry& entry : *entries) {

@@ -9,7 +9,8 @@ namespace annivo {
 namespace {
 
 std::string ledgerFile(Platform& platform) {
-  return core_data_for_dates_AppDelegate(platform).applicationSupportFolder() + "/Annivo 2.xml";
+  return core_data_for_dates_AppDelegate(platform).applicationSupportFolder() + '/' +
+         names::kLedger + ".xml";
 }
 
 void addRecorded(Platform& platform, NSFileManager& files, std::set<std::string>& recorded) {

@@ -7,8 +7,6 @@ namespace annivo {
 
 namespace {
 
-constexpr const char* kSources = "Library/Application Support/AddressBook/Sources";
-constexpr const char* kStore = "AddressBook-v22.abcddb";
 constexpr const char* kConfiguration = "Configuration.plist";
 /// The version of the UUIDs in a store; absent where it may hold some of earlier builds.
 constexpr const char* kIdentifiers = "identifiers";
@@ -29,7 +27,7 @@ Result<PropertyList> configurationOf(Platform& platform, const std::string& fold
 }  // namespace
 
 Result<SourceFolder> SourceFolder::named(Platform& platform, const std::string& name) {
-  const std::string sources = platform.homeDirectory() + '/' + kSources;
+  const std::string sources = platform.folders().addressBookSources();
   const std::string usual = lastingIdentifier(JoinedFields() << "source" << name);
   std::vector<std::string> folders{usual};
   const auto entries = platform.fileManager().contentsOfDirectory(sources);
@@ -48,7 +46,7 @@ Result<SourceFolder> SourceFolder::named(Platform& platform, const std::string& 
   return SourceFolder(platform, name, sources + '/' + usual, PropertyList());
 }
 
-std::string SourceFolder::storePath() const { return path_ + '/' + kStore; }
+std::string SourceFolder::storePath() const { return path_ + '/' + names::kContactsStore; }
 
 bool SourceFolder::holds(const std::string& digest) const {
   const auto store = platform_.fileManager().attributesAtPath(storePath(), Links::follow);
@@ -67,7 +65,8 @@ Result<EarlierIdentifiers> SourceFolder::earlierIdentifiers() const {
 Result<void> SourceFolder::write(const ImportedSource& source, const std::string& digest,
                                  const std::string& me) {
   NSFileManager& files = platform_.fileManager();
-  if (auto made = files.createDirectoriesUnder(platform_.homeDirectory(), path_ + "/Metadata");
+  if (auto made =
+          files.createDirectoriesUnder(platform_.homeDirectory(), path_ + '/' + names::kMetadata);
       !made) {
     return made;
   }
@@ -78,7 +77,8 @@ Result<void> SourceFolder::write(const ImportedSource& source, const std::string
       !written) {
     return written;
   }
-  auto touched = files.writeAtomically(path_ + "/Metadata/import", describe(now) + "\n");
+  auto touched =
+      files.writeAtomically(path_ + '/' + names::kMetadata + "/import", describe(now) + "\n");
   return touched ? remember(source, digest, me) : touched;
 }
 
