@@ -57,10 +57,18 @@ TEST_F(UnreadableContacts, AreToldOfByAPreview) {
 }
 
 TEST_F(UnreadableContacts, AreNotTakenForAnAgentThatDidNotEndWell) {
-  const CommandOutcome outcome = home.inPipe({"run"});
-  EXPECT_NE(outcome.out.find("Added (0)\nChanged (0)\n"), std::string::npos) << outcome.out;
-  EXPECT_NE(outcome.err.find(home.folder.path(kStore)), std::string::npos) << outcome.err;
-  EXPECT_EQ(outcome.err.find("did not end well"), std::string::npos) << outcome.err;
+  const CommandOutcome run = home.inPipe({"run"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.out.find("Added (0)\nChanged (0)\n"), std::string::npos) << run.out;
+  EXPECT_NE(run.err.find(home.folder.path(kStore)), std::string::npos) << run.err;
+  EXPECT_TRUE(run.err.ends_with(
+      "annivo: the agent met a failure, which its messages name; what it could do is done, and "
+      "\"annivo run\" tries again\n"))
+      << run.err;
+}
+
+TEST_F(UnreadableContacts, DoNotKeepEventsFromBeingTakenOut) {
+  EXPECT_EQ(home.done({"off"}), "The agent is off; 6 events were taken out of the calendars.\n");
 }
 
 }  // namespace
