@@ -378,8 +378,9 @@ TEST_F(RefusedStore, IsReadWhereverItsFileIsKept) {
 }
 
 TEST_F(RefusedStore, FailsInAFolderThatIsNotThere) {
-  const auto written = AddressBookStoreWriter::write(
-      files, store.folder().path("none/x.abcddb"), StoreGeneration::current, {}, {}, kReferenceDate);
+  const auto written =
+      AddressBookStoreWriter::write(files, store.folder().path("none/x.abcddb"),
+                                    StoreGeneration::current, {}, {}, kReferenceDate);
   ASSERT_FALSE(written);
   EXPECT_EQ(written.error().kind, Error::Kind::absent);
 }
