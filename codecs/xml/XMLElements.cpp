@@ -88,7 +88,6 @@ Result<std::optional<XMLElements::Element>> XMLElements::next() {
     return std::optional<Element>();
   }
   const std::string_view name = nameAt(begin + 1);
-  if (name.empty()) return malformed("An element has no name.");
   if (!skipPlainElement(name)) {
     if (auto skipped = skipElement(); !skipped) return skipped.error();
   }
