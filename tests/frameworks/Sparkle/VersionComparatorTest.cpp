@@ -21,15 +21,15 @@ struct Pair {
   const char* lower;
   const char* higher;
 };
-struct Lower : testing::TestWithParam<Pair> {};
+struct VersionComparatorLower : testing::TestWithParam<Pair> {};
 
-TEST_P(Lower, IsLowerAndTheOtherHigher) {
+TEST_P(VersionComparatorLower, IsLowerAndTheOtherHigher) {
   EXPECT_EQ(order(GetParam().lower, GetParam().higher), -1);
   EXPECT_EQ(order(GetParam().higher, GetParam().lower), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    VersionComparator, Lower,
+    Pairs, VersionComparatorLower,
     testing::Values(Pair{"0.9", "1.0a1"}, Pair{"1.0a1", "1.0b1"}, Pair{"1.0b1", "1.0b2"},
                     Pair{"1.0b2", "1.0b10"}, Pair{"1.0b10", "1.0rc"}, Pair{"1.0rc", "1.0"},
                     Pair{"1.0b", "1.0b2"}, Pair{"1.5.5", "1.5.6a1"},
@@ -41,14 +41,14 @@ INSTANTIATE_TEST_SUITE_P(
                     Pair{"4294967295", "4294967296"}, Pair{"1.0\xC3\xA4", "1.0"},
                     Pair{"1.0+1", "1.0 1"}, Pair{"9223372036854775806", "9223372036854775807"}));
 
-struct Equal : testing::TestWithParam<Pair> {};
+struct VersionComparatorEqual : testing::TestWithParam<Pair> {};
 
-TEST_P(Equal, IsNeitherLowerNorHigher) {
+TEST_P(VersionComparatorEqual, IsNeitherLowerNorHigher) {
   EXPECT_EQ(order(GetParam().lower, GetParam().higher), 0);
   EXPECT_EQ(order(GetParam().higher, GetParam().lower), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(VersionComparator, Equal,
+INSTANTIATE_TEST_SUITE_P(Pairs, VersionComparatorEqual,
                          testing::Values(Pair{"", ""}, Pair{"1.0", "1.0"}, Pair{"1.0", "1.0.0"},
                                          Pair{"1", "1.0.0"}, Pair{"1.0pre1", "1.0.0pre1"},
                                          Pair{"1.", "1.0"}, Pair{"01.002", "1.2"},

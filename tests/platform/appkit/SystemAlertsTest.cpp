@@ -148,9 +148,9 @@ TEST_F(SystemAlertsTest, FindNoProgramInRelativeFolders) {
 }
 
 /// With a real display and the real program.
-class ShownAlerts : public SystemAlertsTest {
+class SystemAlertsShown : public SystemAlertsTest {
  protected:
-  ShownAlerts() {
+  SystemAlertsShown() {
     variables_ = {{"DISPLAY", display_.name()}, {"PATH", "/usr/bin:/bin"}};
     ::setenv("NO_AT_BRIDGE", "1", 1);
   }
@@ -170,7 +170,7 @@ class ShownAlerts : public SystemAlertsTest {
   VirtualDisplay display_;
 };
 
-TEST_F(ShownAlerts, ShowTheirTextAndAreDismissed) {
+TEST_F(SystemAlertsShown, ShowTheirTextAndAreDismissed) {
   const std::string window = waitFor(kQuestion);
   ASSERT_NE(window, "");
   const std::string text = "Annivo 2\n\nIt is old.";
@@ -179,7 +179,7 @@ TEST_F(ShownAlerts, ShowTheirTextAndAreDismissed) {
   EXPECT_TRUE(log_.lines().empty());
 }
 
-TEST_F(ShownAlerts, TakeTheButtonThatIsPressed) {
+TEST_F(SystemAlertsShown, TakeTheButtonThatIsPressed) {
   const struct {
     const char* keys;
     AlertAnswer answer;
@@ -195,7 +195,7 @@ TEST_F(ShownAlerts, TakeTheButtonThatIsPressed) {
   EXPECT_TRUE(log_.lines().empty());
 }
 
-TEST_F(ShownAlerts, ShowMarkupAndOptionsAsTheyStand) {
+TEST_F(SystemAlertsShown, ShowMarkupAndOptionsAsTheyStand) {
   const std::string text = "--error <b>bold</b> &amp; %s \\n _x \u00E9\nsecond line";
   const std::string window = waitFor({.messageText = "Title", .informativeText = text});
   ASSERT_NE(window, "");
@@ -203,7 +203,7 @@ TEST_F(ShownAlerts, ShowMarkupAndOptionsAsTheyStand) {
   EXPECT_EQ(press(window, "Escape"), AlertAnswer::defaultButton);
 }
 
-TEST_F(ShownAlerts, FallBackToTheLogWhenTheDisplayIsNotThere) {
+TEST_F(SystemAlertsShown, FallBackToTheLogWhenTheDisplayIsNotThere) {
   ::setenv("DISPLAY", ":9999", 1);
   variables_["DISPLAY"] = ":9999";
   EXPECT_EQ(show(kQuestion), AlertAnswer::alternate);

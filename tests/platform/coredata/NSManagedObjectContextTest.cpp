@@ -9,7 +9,7 @@ namespace annivo {
 namespace {
 
 /// A coordinator that has no store, as when that could not be opened.
-struct WithoutStore : testing::Test {
+struct NSManagedObjectContextWithoutStore : testing::Test {
   TemporaryFolder folder;
   PosixFileManager files;
   ManualClock clock{utc(2026, 11, 20)};
@@ -17,7 +17,7 @@ struct WithoutStore : testing::Test {
   NSPersistentStoreCoordinator coordinator{model, {files, clock, NSTimeZone()}};
   NSManagedObjectContext context;
 
-  WithoutStore() { context.setPersistentStoreCoordinator(&coordinator); }
+  NSManagedObjectContextWithoutStore() { context.setPersistentStoreCoordinator(&coordinator); }
 
   NSManagedObjectModel makeModel() {
     const PropertyList name = PropertyList::Dictionary{{"name", "name"}, {"type", "string"}};
@@ -30,14 +30,14 @@ struct WithoutStore : testing::Test {
   }
 };
 
-TEST_F(WithoutStore, FetchAndSaveFail) {
+TEST_F(NSManagedObjectContextWithoutStore, FetchAndSaveFail) {
   EXPECT_FALSE(context.executeFetchRequest({.entity = "Event", .predicate = {}}).ok());
   EXPECT_FALSE(context.save().ok());
   EXPECT_FALSE(context.hasChanges());
   EXPECT_EQ(coordinator.store(), nullptr);
 }
 
-TEST_F(WithoutStore, InsertedObjectsLiveInTheContext) {
+TEST_F(NSManagedObjectContextWithoutStore, InsertedObjectsLiveInTheContext) {
   NSManagedObject& object = context.insertNewObjectForEntityForName("Event");
   context.setValueForKey(object, "x", "name");
   EXPECT_TRUE(object.valueForKey("name").isEqualToString("x"));
@@ -48,19 +48,19 @@ TEST_F(WithoutStore, InsertedObjectsLiveInTheContext) {
   EXPECT_FALSE(context.hasChanges());
 }
 
-TEST_F(WithoutStore, AStoreThatCannotBeOpenedLeavesTheCoordinatorAsItWas) {
+TEST_F(NSManagedObjectContextWithoutStore, AStoreThatCannotBeOpenedLeavesTheCoordinatorAsItWas) {
   EXPECT_FALSE(coordinator.addPersistentStore(StoreType::sqlite, folder.path("none")).ok());
   EXPECT_EQ(coordinator.store(), nullptr);
 }
 
-TEST_F(WithoutStore, AContextWithoutACoordinatorHasNothing) {
+TEST_F(NSManagedObjectContextWithoutStore, AContextWithoutACoordinatorHasNothing) {
   NSManagedObjectContext alone;
   EXPECT_FALSE(alone.executeFetchRequest({.entity = "Event", .predicate = {}}).ok());
   EXPECT_FALSE(alone.hasChanges());
   EXPECT_TRUE(alone.commitEditing());
 }
 
-TEST_F(WithoutStore, AnUnknownAttributeIsNilToReadAndOurOwnFaultToSet) {
+TEST_F(NSManagedObjectContextWithoutStore, AnUnknownAttributeIsNilToReadAndOurOwnFaultToSet) {
   NSManagedObject& object = context.insertNewObjectForEntityForName("Event");
   EXPECT_TRUE(object.valueForKey("colour").isNil());
   EXPECT_EQ(object.toOne("owner"), nullptr);

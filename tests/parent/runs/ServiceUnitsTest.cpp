@@ -20,7 +20,7 @@ std::string unitNamed(const std::vector<ServiceUnit>& units, const std::string& 
   return "";
 }
 
-class Service : public testing::Test {
+class ServiceUnits : public testing::Test {
  protected:
   std::vector<ServiceUnit> units(const std::string& executable) {
     Session session{.platform = world.home.platform(),
@@ -33,7 +33,7 @@ class Service : public testing::Test {
   CommandHome world;
 };
 
-TEST_F(Service, UnitsPassTheServiceManagersOwnCheck) {
+TEST_F(ServiceUnits, UnitsPassTheServiceManagersOwnCheck) {
   if (std::system("command -v systemd-analyze >/dev/null") != 0) {
     FAIL() << "systemd-analyze is missing: scripts/setup --tests installs it";
   }
@@ -63,7 +63,7 @@ TEST_F(Service, UnitsPassTheServiceManagersOwnCheck) {
       << home.folder.readFile("verdict");
 }
 
-TEST_F(Service, WatchesTheFoldersByWhichTheAgentNoticesChanges) {
+TEST_F(ServiceUnits, WatchesTheFoldersByWhichTheAgentNoticesChanges) {
   world.import(vCard("FN:Ann\nBDAY:--0610\nUID:u1\n"));
   const std::string calendar = world.addCalendar("Dates");
   const std::string path =
@@ -75,7 +75,7 @@ TEST_F(Service, WatchesTheFoldersByWhichTheAgentNoticesChanges) {
   EXPECT_NE(path.find("/Library/Calendars/" + calendar + ".calendar/Events\n"), std::string::npos);
 }
 
-TEST_F(Service, QuotesWhatTheServiceManagerWouldRead) {
+TEST_F(ServiceUnits, QuotesWhatTheServiceManagerWouldRead) {
   const std::string service =
       unitNamed(units("/opt/50% \"x\" $y/Annivo 2.app/Contents/Linux/annivo"), ".service");
   EXPECT_NE(service.find("ExecStart=\"/opt/50%% \\\"x\\\" $$y/Annivo 2.app/Contents/Helpers/"),
@@ -83,14 +83,14 @@ TEST_F(Service, QuotesWhatTheServiceManagerWouldRead) {
       << service;
 }
 
-TEST_F(Service, GoesOnWatchingThroughABurstOfChanges) {
+TEST_F(ServiceUnits, GoesOnWatchingThroughABurstOfChanges) {
   const std::string service =
       unitNamed(units(world.home.productPath() + "/Contents/Linux/annivo"), ".service");
   EXPECT_NE(service.find("\nStartLimitIntervalSec=0\n"), std::string::npos) << service;
   EXPECT_NE(service.find("\nExecStartPre=/bin/sleep 1\nExecStart="), std::string::npos) << service;
 }
 
-TEST_F(Service, InstallWritesTheUnitsEvenWhereNoManagerTakesThem) {
+TEST_F(ServiceUnits, InstallWritesTheUnitsEvenWhereNoManagerTakesThem) {
   const std::string said = world.refused({"service", "install"});
   EXPECT_NE(said.find("the units are written, but"), std::string::npos) << said;
   for (const char* name : {"annivo-agent.service", "annivo-agent.timer", "annivo-agent.path"}) {
@@ -98,28 +98,28 @@ TEST_F(Service, InstallWritesTheUnitsEvenWhereNoManagerTakesThem) {
   }
 }
 
-TEST_F(Service, RemoveTakesTheUnitsAway) {
+TEST_F(ServiceUnits, RemoveTakesTheUnitsAway) {
   (void)world.run({"service", "install"});
   EXPECT_EQ(world.run({"service", "remove"}).status, 0);
   EXPECT_TRUE(world.home.snapshot(kUnits).empty());
   EXPECT_EQ(world.run({"service", "remove"}).err, "The service is not installed.\n");
 }
 
-TEST_F(Service, PrintWritesNothing) {
+TEST_F(ServiceUnits, PrintWritesNothing) {
   const auto before = world.home.folder().fingerprint();
   EXPECT_NE(world.done({"service", "--print"}).find("[Timer]"), std::string::npos);
   EXPECT_NE(world.done({"service", "install", "--print"}).find("[Path]"), std::string::npos);
   EXPECT_EQ(world.home.folder().fingerprint(), before);
 }
 
-TEST_F(Service, WatchesTheFoldersOfAnImportMadeAfterItsInstallation) {
+TEST_F(ServiceUnits, WatchesTheFoldersOfAnImportMadeAfterItsInstallation) {
   (void)world.run({"service", "install"});
   world.import(vCard("FN:Ann\nBDAY:--0610\nUID:u1\n"));
   EXPECT_NE(world.home.readFile(std::string(kUnits) + "annivo-agent.path").find("/Metadata\n"),
             std::string::npos);
 }
 
-TEST_F(Service, NeedsAWordOfWhatToDo) {
+TEST_F(ServiceUnits, NeedsAWordOfWhatToDo) {
   EXPECT_EQ(world.refused({"service"}),
             "say \"service install\", \"service remove\" or \"service --print\"");
 }
