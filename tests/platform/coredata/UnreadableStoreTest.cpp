@@ -70,9 +70,10 @@ TEST_F(UnreadableStore, AStoreOfAnotherFormPutInItsPlaceMeanwhileIsNotMixedWithI
   store.edit("PRAGMA journal_mode=WAL");
   EXPECT_EQ(store.fetch("ABCDGroup").size(), 2U);
   store.folder.remove("AddressBook-v22.abcddb");
-  ASSERT_TRUE(
-      AddressBookStoreWriter::write(store.path, StoreGeneration::olderA, {}, {}, store.clock.now())
-          .ok());
+  PosixFileManager files;
+  ASSERT_TRUE(AddressBookStoreWriter::write(files, store.path, StoreGeneration::olderA, {}, {},
+                                            store.clock.now())
+                  .ok());
   const auto people = store.tryFetch("ABCDContact");
   ASSERT_FALSE(people.ok());
   EXPECT_NE(people.error().text().find(store.path), std::string::npos);
