@@ -63,14 +63,14 @@ NSTimeZone NSTimeZone::system(const std::string& tz) {
 
 CivilTime NSTimeZone::civil(Date date) const {
   const auto whole = std::chrono::floor<seconds>(date);
-  cctz::civil_second reading = rules_->zone().lookup(whole).cs;
-  const auto day = std::chrono::floor<std::chrono::days>(date);
-  if (date - day == std::chrono::hours{12}) {
-    const cctz::civil_second meant =
-        cctz::civil_second() + whole.time_since_epoch().count();  // as UTC reads it
-    if (cctz::civil_day(reading) != cctz::civil_day(meant) && skipsDayOf(meant, rules_->zone())) {
-      reading = meant;
-    }
+  const auto found = rules_->zone().lookup(whole);
+  cctz::civil_second reading = found.cs;
+  // Noon in UTC lies on another day here only where the offset is 12 hours or more.
+  constexpr int kHalfDay = 12 * 60 * 60;
+  if ((found.offset >= kHalfDay || found.offset < -kHalfDay) &&
+      date - std::chrono::floor<std::chrono::days>(date) == std::chrono::hours{12}) {
+    const cctz::civil_second meant = cctz::civil_second() + whole.time_since_epoch().count();
+    if (skipsDayOf(meant, rules_->zone())) reading = meant;
   }
   return {.year = reading.year(),
           .month = reading.month(),
