@@ -34,6 +34,13 @@ NSManagedObject& EventRecords::insert(const LedgerIdentity& identity, const std:
   return record;
 }
 
+LedgerIdentity EventRecords::identity(const NSManagedObject& record) {
+  const Date* date = record.valueForKey("date").date();
+  return {.myUID = record.valueForKey("myUID").stringOr(""),
+          .calendarUID = record.valueForKey("calendarUID").stringOr(""),
+          .date = date ? *date : Date{}};
+}
+
 void EventRecords::setEvent(NSManagedObject& record, const std::string& eventUID) {
   context_->setValueForKey(record, eventUID, "iCalUID");
 }

@@ -36,6 +36,8 @@ class EventRecords {
   [[nodiscard]] static const std::string* eventUID(const NSManagedObject& record) {
     return record.valueForKey("iCalUID").string();
   }
+  /// The occurrence that the record stands for.
+  [[nodiscard]] static LedgerIdentity identity(const NSManagedObject& record);
 
  private:
   Platform& platform_;

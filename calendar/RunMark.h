@@ -15,8 +15,10 @@ namespace annivo {
 /// 2. Names each calendar that the run creates, before it is created, with the preference that is
 ///    to name it.
 /// 3. Removed after everything is on disk, and only if all went well.
+/// 4. Where all went well but for events in calendars that may not be written for now, it stays and
+///    says so: it is settled, and the first run that may write one of them takes its events up.
 ///
-/// A run that finds it knows that the one before was cut off or met a failure.
+/// A run that finds it unsettled knows that the one before was cut off or met a failure.
 class RunMark {
  public:
   struct Calendar {
@@ -29,7 +31,7 @@ class RunMark {
   /// is there is taken.
   RunMark(Platform& platform, std::string folder, const std::string& otherFolder);
 
-  /// Whether an earlier run left the mark.
+  /// Whether an earlier run left the mark unsettled.
   [[nodiscard]] bool wasFound() const { return wasFound_; }
   /// The calendars that the mark names.
   [[nodiscard]] const std::vector<Calendar>& calendars() const { return calendars_; }
@@ -45,12 +47,18 @@ class RunMark {
   /// refused or malformed would be so again: nothing to make good.
   void noteFailure(const Error& error);
   void noteFailure();
-  /// Removes the mark where there was no failure; to be called when everything is on disk.
+  /// The UIDs of calendars out of which events could not be taken, for they may not be written.
+  [[nodiscard]] const std::vector<std::string>& lockedCalendars() const { return locked_; }
+  void addLockedCalendar(const std::string& uid);
+  void removeLockedCalendar(const std::string& uid);
+  /// Removes or settles the mark where there was no failure; to be called when everything is on
+  /// disk.
   void endChanges();
 
  private:
   void read();
-  Result<void> write();
+  enum class State { unfinished, settled };
+  Result<void> write(State state);
   Result<void> remove();
   /// Removes temporary files that a killed run left in the ledger's folder.
   void removeTemporaries();
@@ -60,10 +68,13 @@ class RunMark {
   std::string path_;
   std::string otherPath_;  ///< "": no mark there
   bool wasFound_ = false;
-  bool isSet_ = false;   ///< it is on disk
-  bool failed_ = false;  ///< something went wrong that the next run has to make good
+  bool isSet_ = false;      ///< it is on disk, unsettled
+  bool isSettled_ = false;  ///< it is on disk, settled
+  bool failed_ = false;     ///< something went wrong that the next run has to make good
   bool couldNotBeSet_ = false;
   std::vector<Calendar> calendars_;
+  std::vector<std::string> locked_;
+  bool lockedChanged_ = false;
 };
 
 }  // namespace annivo

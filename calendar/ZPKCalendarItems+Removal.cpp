@@ -80,17 +80,31 @@ void ZPKCalendarItems::removeOtherEvents() {
 }
 
 void ZPKCalendarItems::removeRecordAndEvent(NSManagedObject& record, const char* logPrefix) {
-  if (!mark_.beginChanges()) return;
-  const auto* eventUID = EventRecords::eventUID(record);
-  const auto event = eventUID ? myStore.eventWithUID(*eventUID) : nullptr;
-  if (event) {
-    logOptionally(platform_, logPrefix, event->title().value_or("(null)"));
-    if (const auto removed = myStore.removeEvent(*event, CalSpan::thisEvent); !removed) {
-      platform_.log().write(removed.error().text());
-      mark_.noteFailure(removed.error());
+  if (const auto* eventUID = EventRecords::eventUID(record)) {
+    const auto event = recovery_.eventOf(*eventUID, EventRecords::identity(record));
+    // What may be there and cannot be read stays, and its record with it.
+    if (!event && event.error().kind != Error::Kind::absent) return mark_.noteFailure();
+    if (!mark_.beginChanges()) return;
+    if (event) {
+      logOptionally(platform_, logPrefix, (*event)->title().value_or("(null)"));
+      if (!removeEvent(**event)) return;
     }
   }
+  if (!mark_.beginChanges()) return;
   records_.remove(record);
+}
+
+/// Whether the event's record may go: also where the event stays, if its file says whose it is.
+bool ZPKCalendarItems::removeEvent(CalEvent& event) {
+  const auto removed = myStore.removeEvent(event, CalSpan::thisEvent);
+  if (removed) return true;
+  platform_.log().write(removed.error().text());
+  if (event.calendar()->isEditable()) {
+    mark_.noteFailure(removed.error());
+  } else {
+    mark_.addLockedCalendar(event.calendar()->uid());
+  }
+  return event.ledgerIdentity().has_value();
 }
 
 void ZPKCalendarItems::logEventsThisYear(Platform& platform) {

@@ -12,7 +12,8 @@ void ZPKCalendarItems::adoptCalendars() {
     if (!type || !myStore.calendarWithUID(made.uid)) continue;
     const PropertyList stored = *domain ? PropertyList(**domain)[made.key] : PropertyList();
     if (stored.isEqualToString(made.uid)) continue;
-    if (stored.string() && myStore.calendarWithUID(*stored.string())) continue;
+    const auto other = myStore.findCalendar(stored.stringOr(""));
+    if (other || other.error().kind != Error::Kind::absent) continue;
     adoptedCalendars_[*type] = made.uid;
     setDefaultUIDForType(made.uid, *type);
   }
@@ -26,8 +27,15 @@ std::shared_ptr<CalCalendar> ZPKCalendarItems::adoptedCalendar(CalendarType type
 void ZPKCalendarItems::setThisCalendarWithUIDForType(const std::string& title,
                                                      const std::string& uid, CalendarType type) {
   calendarLocked_ = false;
-  thisCalendar_ = myStore.calendarWithUID(uid);
-  if (!thisCalendar_) thisCalendar_ = adoptedCalendar(type);
+  const auto found = myStore.findCalendar(uid);
+  if (found) {
+    thisCalendar_ = *found;
+  } else if (found.error().kind != Error::Kind::absent) {
+    thisCalendar_ = CalCalendar::unreadable(uid, title);
+    mark_.noteFailure();
+  } else {
+    thisCalendar_ = adoptedCalendar(type);
+  }
   if (!thisCalendar_) {
     thisCalendar_ = CalCalendar::calendar();
     thisCalendar_->setTitle(title);
@@ -66,8 +74,6 @@ void ZPKCalendarItems::setDefaultUIDForType(const std::optional<std::string>& ui
 bool ZPKCalendarItems::hasCalendarBeenUpdatedSinceLastRun(const std::string& uid,
                                                           std::optional<Date> lastRun) {
   if (uid.empty()) return false;
-  // What the run before did not bring to its end, this one has to.
-  if (mark_.wasFound()) return true;
   const std::string root = platform_.folders().calendars() + '/';
   const std::string wanted = uid + names::kCalendarSuffix;
   std::optional<std::string> folder;

@@ -62,29 +62,47 @@ const std::string* ZPKCalendarItems::recordedEventUID(const BasicEvent& basic) {
 
 std::shared_ptr<CalEvent> ZPKCalendarItems::findEventWithIDOnDate(const std::string& uid,
                                                                   Date date) {
+  const LedgerIdentity identity{uid, thisCalendarUID(), date};
   const auto records = recordsOf(uid, date);
-  if (!records) {
-    // Without a ledger only the calendars can tell that the event is there already.
-    auto known = myStore.eventWithLedgerIdentity({uid, thisCalendarUID(), date});
-    return known ? known : CalEvent::event();
-  }
+  // Without a ledger only the calendars can tell that the event is there already.
+  if (!records) return unrecordedOrBlankEvent(identity);
   if (records->empty()) {
     logOptionally(platform_, "Event not found");
-    auto blank = CalEvent::event();
-    records_.insert({uid, thisCalendarUID(), date}, blank->uid());
-    return blank;
+    auto event = unrecordedOrBlankEvent(identity);
+    if (event) records_.insert(identity, event->uid());
+    return event;
   }
   NSManagedObject& record = *records->front();
   const auto* eventUID = EventRecords::eventUID(record);
   if (!eventUID) return CalEvent::event();
-  if (auto event = myStore.eventWithUID(*eventUID)) {
+  auto event = recovery_.eventOf(*eventUID, identity);
+  if (event) {
     logOptionally(platform_, "Event already in");
-    return event;
+    return *event;
+  }
+  if (event.error().kind != Error::Kind::absent) {
+    theRetainedEventUIDs.push_back(*eventUID);
+    mark_.noteFailure();
+    return nullptr;
   }
   logOptionally(platform_, "Event not in calendar");
-  auto blank = CalEvent::event();
-  records_.setEvent(record, blank->uid());
-  return blank;
+  auto other = unrecordedOrBlankEvent(identity);
+  if (other) records_.setEvent(record, other->uid());
+  return other;
+}
+
+/// An event for an occurrence of which the ledger knows none; null when it cannot be told whether
+/// there is one.
+std::shared_ptr<CalEvent> ZPKCalendarItems::unrecordedOrBlankEvent(const LedgerIdentity& identity) {
+  auto unrecorded = recovery_.unrecordedEvent(identity);
+  if (unrecorded) {
+    logOptionally(platform_, "Event already in");
+    if (!mark_.beginChanges()) return nullptr;  // The record is a change.
+    return *std::move(unrecorded);
+  }
+  if (unrecorded.error().kind == Error::Kind::absent) return CalEvent::event();
+  mark_.noteFailure();
+  return nullptr;
 }
 
 void ZPKCalendarItems::expectBasicEvents(const std::vector<std::vector<BasicEvent>>& events) {
@@ -109,6 +127,7 @@ void ZPKCalendarItems::addBasicEvent(const BasicEvent& basic) {
     return refuseEvent(basic);
   }
   const auto event = findEventWithIDOnDate(basic.uid, basic.withStartDate);
+  if (!event) return;
   bool changed = true;
   if (event->title()) {
     changed = updateExistingEvent(*event, basic.title);

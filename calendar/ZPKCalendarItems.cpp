@@ -13,9 +13,13 @@ ZPKCalendarItems::ZPKCalendarItems(Platform& platform)
       mark_(platform, coreDataSpace->applicationSupportFolder(), coreDataSpace->temporaryFolder()),
       records_(platform, *coreDataSpace),
       recovery_(platform, *coreDataSpace, records_, mark_) {
-  if (!mark_.wasFound()) return;
-  adoptCalendars();
-  recovery_.reconcile();
+  hasUnfinishedRun_ = mark_.wasFound();
+  if (hasUnfinishedRun_) {
+    adoptCalendars();
+    recovery_.reconcile();
+  } else if (!mark_.lockedCalendars().empty()) {
+    hasUnfinishedRun_ = recovery_.takeUpUnlocked();
+  }
 }
 
 ZPKCalendarItems::~ZPKCalendarItems() {

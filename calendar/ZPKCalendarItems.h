@@ -50,6 +50,10 @@ class ZPKCalendarItems {
   [[nodiscard]] bool hasCalendarBeenUpdatedSinceLastRun(const std::string& uid,
                                                         std::optional<Date> lastRun);
 
+  /// Whether a run before left something that only a pass can bring to its end, whatever the
+  /// folders look like.
+  [[nodiscard]] bool hasUnfinishedRun() const { return hasUnfinishedRun_; }
+
   // Writing.
 
   /// Empties the alarm list.
@@ -64,7 +68,8 @@ class ZPKCalendarItems {
     std::string URL;
   };
   void addAlarm(const Alarm& alarm);
-  /// `findEventWithID:onDate:`
+  /// `findEventWithID:onDate:`. Null where the event, or one that stands for it, may be there and
+  /// cannot be read: it counts as retained, and the run's mark stays.
   [[nodiscard]] std::shared_ptr<CalEvent> findEventWithIDOnDate(const std::string& uid, Date date);
   /// The arguments of `addBasicEvent:withStartDate:endDate:allDay:notes:location:url:uid:`.
   struct BasicEvent {
@@ -114,6 +119,7 @@ class ZPKCalendarItems {
   [[nodiscard]] const std::string& thisCalendarUID() const;
   /// The records of an occurrence in the current target.
   std::optional<EventRecords::Records> recordsOf(const std::string& uid, Date date);
+  [[nodiscard]] std::shared_ptr<CalEvent> unrecordedOrBlankEvent(const LedgerIdentity& identity);
   /// What the ledger says of the calendar's event for an occurrence; null where it says nothing.
   const std::string* recordedEventUID(const BasicEvent& basic);
   void makeCalendar(CalendarType type);
@@ -122,6 +128,7 @@ class ZPKCalendarItems {
   void fillNewEvent(CalEvent& event, const BasicEvent& basic);
   void saveEvent(CalEvent& event);
   void removeRecordAndEvent(NSManagedObject& record, const char* logPrefix);
+  bool removeEvent(CalEvent& event);
 
   void adoptCalendars();
   [[nodiscard]] std::shared_ptr<CalCalendar> adoptedCalendar(CalendarType type);
@@ -140,6 +147,7 @@ class ZPKCalendarItems {
   RunMark mark_;
   EventRecords records_;
   Recovery recovery_;
+  bool hasUnfinishedRun_ = false;
   /// Calendars of the run that was cut off. The preferences that this run read
   /// at its start do not name them yet.
   std::map<CalendarType, std::string> adoptedCalendars_;

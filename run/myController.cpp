@@ -66,7 +66,8 @@ myController::Decision myController::decide() {
   // A time that is still to come is no time of a run: a clock was wrong then, or is now.
   const bool isPast = stored.date() && *stored.date() <= platform_.clock().now();
   const Date last = isPast ? *stored.date() : kUnixEpoch;
-  const bool changed = myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(
+  const bool changed = myCalendarItems->hasUnfinishedRun() ||
+                       myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(
                            appPrefs->text(keys::kBirthCalUID), last) ||
                        myCalendarItems->hasCalendarBeenUpdatedSinceLastRun(
                            appPrefs->text(keys::kAneeCalUID), last) ||

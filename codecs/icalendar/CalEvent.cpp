@@ -4,15 +4,15 @@
 #include <algorithm>
 #include <utility>
 
-#include "base/UUID.h"
 #include "codecs/icalendar/ContentValues.h"
+#include "codecs/icalendar/EventUID.h"
 
 namespace annivo {
 
 std::shared_ptr<CalEvent> CalEvent::event() { return std::make_shared<CalEvent>(); }
 
 const std::string& CalEvent::uid() const {
-  if (uid_.empty()) uid_ = freshUUID();
+  if (uid_.empty()) uid_ = freshEventUID();
   return uid_;
 }
 

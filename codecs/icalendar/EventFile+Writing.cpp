@@ -10,6 +10,7 @@
 #include "codecs/icalendar/ContentValues.h"
 #include "codecs/icalendar/EventFile.h"
 #include "codecs/icalendar/EventLines.h"
+#include "codecs/icalendar/EventUID.h"
 
 namespace annivo {
 namespace {
@@ -21,6 +22,11 @@ constexpr std::string_view kHeader =
     "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Annivo//Annivo Agent " ANNIVO_SHORT_VERSION
     "//EN\r\n"
     "CALSCALE:GREGORIAN\r\nBEGIN:VEVENT\r\n";
+
+std::string_view withoutZeros(std::string_view text) {
+  while (text.ends_with('\0')) text.remove_suffix(1);
+  return text;
+}
 
 /// A property line to be written, or, where it is empty, a property to be taken away.
 struct Replacement {
@@ -299,9 +305,7 @@ std::optional<std::string> EventFile::without(std::string_view text, const std::
 }
 
 bool EventFile::isBrokenOff(std::string_view text) {
-  while (text.ends_with('\0')) text.remove_suffix(1);
-  if (kHeader.starts_with(text)) return true;
-  if (!text.starts_with(kHeader) && text.find(kIdentityProperty) == text.npos) return false;
+  if (text.ends_with('\0') || isHardlyBegun(text)) return true;
   EventLines lines(text);
   while (lines.next()) {
   }
@@ -310,6 +314,42 @@ bool EventFile::isBrokenOff(std::string_view text) {
   const bool atEnd = last.data() + last.size() == text.data() + text.size();
   return lines.isOpen() ||
          (atEnd && !last.ends_with('\n') && lines.depth() > 0 && !lines.wellFormed());
+}
+
+bool EventFile::isHardlyBegun(std::string_view text) {
+  return kHeader.starts_with(withoutZeros(text));
+}
+
+bool EventFile::isOurs(std::string_view text) {
+  const bool hasOurHeader = text.starts_with(kHeader.substr(0, kHeader.find("//EN")));
+  std::string uid;
+  std::optional<IdentityValue> identity;
+  const auto eventIsOurs = [&] {
+    if (identity) return uid.empty() || identity->eventUID == uid;
+    return isOurEventUID(uid) || hasOurHeader;
+  };
+  bool inEvent = false;
+  bool sawEvent = false;
+  EventLines lines(withoutZeros(text));
+  while (lines.next()) {
+    if (lines.place() != Place::event) continue;
+    const ContentLine& line = lines.line();
+    if (lines.kind() == Kind::begin) {
+      inEvent = sawEvent = true;
+      uid.clear();
+      identity.reset();
+    } else if (lines.kind() == Kind::end) {
+      if (!eventIsOurs()) return false;
+      inEvent = false;
+    } else if (!line.raw().ends_with('\n')) {  // Broken off here.
+      continue;
+    } else if (line.named("UID") && uid.empty()) {
+      uid = unescapedText(line.value());
+    } else if (line.named(kIdentityProperty) && !identity) {
+      identity = identityFromText(line.value());
+    }
+  }
+  return inEvent ? eventIsOurs() : sawEvent || hasOurHeader;
 }
 
 }  // namespace annivo

@@ -34,10 +34,14 @@ class EventFile {
   /// The text without the event and its exceptions, "" when nothing but time zones is left; nothing
   /// when it is not well formed or does not hold the event.
   static std::optional<std::string> without(std::string_view text, const std::string& uid);
-  /// Whether this is the beginning only of a file of ours, as a power loss may leave it: nothing
-  /// but zeros behind a beginning of our header, or an event with our header or identity that is
-  /// not closed.
+  /// Whether this is the beginning only of a file, as a power loss may leave it: components that
+  /// are not closed, zeros at the end, or a text that isHardlyBegun.
   static bool isBrokenOff(std::string_view text);
+  /// Whether this is nothing but zeros behind no more than our header, or less of it.
+  static bool isHardlyBegun(std::string_view text);
+  /// Whether what is left of a file says that every event in it is ours: by its identity, which
+  /// names the event's own UID, by a UID that freshEventUID made, or by our header.
+  static bool isOurs(std::string_view text);
 
  private:
   class Reader;

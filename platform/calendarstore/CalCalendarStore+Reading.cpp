@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <functional>
 #include <utility>
 
@@ -8,31 +9,18 @@
 namespace annivo {
 namespace {
 
-constexpr std::string_view kSuffix = names::kEventSuffix;
+constexpr int kCannotBeParsed = 1027;
+
+/// Whether a name is of the form of those that we give: an upper-case UUID.
+bool isNamedLikeOurs(std::string_view stem) {
+  constexpr std::string_view form = "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX";
+  if (stem.size() != form.size()) return false;
+  return std::equal(stem.begin(), stem.end(), form.begin(), [](char c, char expected) {
+    return expected == 'X' ? (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') : c == expected;
+  });
+}
 
 }  // namespace
-
-std::shared_ptr<CalEvent> CalCalendarStore::eventWithUID(const std::string& uid) {
-  auto name = pathComponent(uid, "event identifier");
-  if (!name) {
-    log_.write(name.error().text() + " \"" + uid + "\"");
-    return nullptr;
-  }
-  const std::string file = std::move(*name).append(kSuffix);
-  Folders& all = folders();
-  const std::size_t count = all.calendars.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t position = (all.lastFound + i) % count;
-    if (auto event = eventInFile(all.calendars[position], file, uid)) {
-      all.lastFound = position;
-      return event;
-    }
-  }
-  buildIndex();
-  const auto found = index_->byUID.find(uid);
-  if (found == index_->byUID.end()) return nullptr;
-  return eventInFile(found->second.calendar, found->second.name, uid);
-}
 
 /// An event file by name. Absent in a folder held open may mean that another program has put a
 /// whole folder in its place.
@@ -44,46 +32,44 @@ Result<std::string> CalCalendarStore::contentsInFolder(CalCalendar& calendar,
   return files_.contentsOfFileItself(eventsFolder(calendar) + "/" + name, EventFile::kLimit);
 }
 
-/// Nothing, with a log line, for what is there and is no event file; nothing at all where there is
-/// nothing.
-std::optional<std::string> CalCalendarStore::contentsOfEventFile(const std::string& path) const {
-  return loggedIfUnreadable(files_.contentsOfFileItself(path, EventFile::kLimit));
-}
-
-std::optional<std::string> CalCalendarStore::loggedIfUnreadable(
-    Result<std::string> contents) const {
-  if (contents) return *std::move(contents);
-  if (contents.error().kind != Error::Kind::absent) log_.write(contents.error().text());
-  return std::nullopt;
-}
-
-std::shared_ptr<CalEvent> CalCalendarStore::eventInFile(
-    const std::shared_ptr<CalCalendar>& calendar, const std::string& name,
-    const std::string& uid) const {
-  auto text = ahead_.claim(*openedEvents(*calendar), name);
-  if (!text) {
-    auto contents = loggedIfUnreadable(contentsInFolder(*calendar, name));
-    if (!contents) return nullptr;
-    text = memory_ = *std::move(contents);
+Result<std::vector<std::shared_ptr<CalEvent>>> CalCalendarStore::eventsInFile(
+    const Calendar& calendar, const std::string& name) const {
+  auto prefetched = ahead_.claim(*openedEvents(*calendar), name);
+  if (!prefetched) {
+    auto contents = contentsInFolder(*calendar, name);
+    if (!contents) return unusable(eventsFolder(*calendar) + "/" + name, contents.error());
+    prefetched = memory_ = *std::move(contents);
   }
-  const auto events = EventFile::events(*text, zone_);
-  if (!events) {
-    log_.write("Ignored, as it cannot be parsed: " + eventsFolder(*calendar) + "/" + name);
-    return nullptr;
-  }
-  for (const auto& event : *events) {
-    if (event->uid_ != uid) continue;
+  auto events = EventFile::events(*prefetched, zone_);
+  if (!events) return unusable(eventsFolder(*calendar) + "/" + name, std::nullopt);
+  for (const Event& event : *events) {
     event->calendar_ = calendar;
     event->path_ = eventsFolder(*calendar).append("/").append(name);
-    return event;
   }
-  return nullptr;
+  return *std::move(events);
+}
+
+/// What is to be said, and is logged, of an event file that could not be read (`failure`) or
+/// parsed. Nothing is logged of one that is absent.
+Error CalCalendarStore::unusable(const std::string& path,
+                                 const std::optional<Error>& failure) const {
+  if (failure && failure->kind == Error::Kind::absent) return *failure;
+  constexpr auto kBeingWritten = std::chrono::hours{24};
+  const auto attributes = files_.attributesAtPath(path, Links::doNotFollow);
+  const bool isOurs = attributes && attributes->type == FileType::regular &&
+                      (!failure || attributes->size > EventFile::kLimit);
+  const bool isOld = isOurs && clock_.now() - attributes->modificationDate >= kBeingWritten;
+  Error error = failure.value_or(calendarError(Error::Kind::malformed, kCannotBeParsed,
+                                               "Ignored, as it cannot be parsed: " + path, ""));
+  error.kind = isOld ? Error::Kind::malformed : Error::Kind::unreadable;
+  log_.write(failure ? error.text() : error.description);
+  return error;
 }
 
 void CalCalendarStore::readAhead(CalCalendar& calendar, std::vector<std::string> uids) {
   if (!files_.supportsOtherThreads()) return;
   std::erase_if(uids, [](const std::string& uid) { return !pathComponent(uid, "").ok(); });
-  for (std::string& uid : uids) uid += kSuffix;
+  for (std::string& uid : uids) uid += kEventSuffix;
   ahead_.collect();
   ahead_.prefetch(openedEvents(calendar), std::move(uids));
 }
@@ -94,99 +80,65 @@ const std::shared_ptr<const ReadableFolder>& CalCalendarStore::openedEvents(
   return calendar.events_;
 }
 
-void CalCalendarStore::forEachFile(const std::shared_ptr<CalCalendar>& calendar,
-                                   const std::function<void(const std::string&)>& visit) const {
+std::optional<Error> CalCalendarStore::forEachEventFile(
+    const Calendar& calendar,
+    const std::function<void(const std::string& name, const std::string& stem)>& visit) const {
   const auto entries = files_.contentsOfDirectory(eventsFolder(*calendar));
   if (!entries) {
-    if (entries.error().kind != Error::Kind::absent) log_.write(entries.error().text());
-    return;
+    if (entries.error().kind == Error::Kind::absent) return std::nullopt;
+    log_.write(entries.error().text());
+    return entries.error();
   }
-  for (const DirectoryEntry& entry : *entries) visit(entry.name);
+  for (const DirectoryEntry& entry : *entries) {
+    if (entry.name.starts_with('.') || !entry.name.ends_with(kEventSuffix)) continue;
+    if (entry.type != FileType::regular) continue;
+    visit(entry.name, entry.name.substr(0, entry.name.size() - kEventSuffix.size()));
+  }
+  return std::nullopt;
 }
 
-void CalCalendarStore::forEachEvent(
-    const std::shared_ptr<CalCalendar>& calendar,
-    const std::function<void(const std::string&, const std::shared_ptr<CalEvent>&)>& visit) const {
-  forEachFile(calendar, [&](const std::string& name) {
-    if (name.starts_with('.') || !name.ends_with(kSuffix)) return;
-    const std::string path = eventsFolder(*calendar) + "/" + name;
-    const auto contents = contentsOfEventFile(path);
-    if (!contents) return;
-    const auto events = EventFile::events(*contents, zone_);
-    if (!events) return log_.write("Ignored, as it cannot be parsed: " + path);
-    for (const auto& event : *events) {
-      event->calendar_ = calendar;
-      event->path_ = path;
-      visit(name, event);
-    }
-  });
-}
-
-void CalCalendarStore::buildIndex() {
-  if (std::exchange(index_->builtUIDs, true)) return;
-  for (const auto& calendar : calendars()) {
-    forEachEvent(calendar, [&](const std::string& name, const std::shared_ptr<CalEvent>& event) {
-      if (name != event->uid_ + std::string(kSuffix)) {
-        index_->byUID.try_emplace(event->uid_, Index::Place{calendar, name});
-      }
-    });
+CalCalendarStore::OwnEvents CalCalendarStore::ownEvents(
+    const std::vector<std::shared_ptr<CalCalendar>>& calendars,
+    const std::function<bool(const std::string& uid)>& isKnown) {
+  OwnEvents own;
+  for (const auto& calendar : calendars) {
+    if (calendar->isOthers()) continue;
+    const auto unread =
+        forEachEventFile(calendar, [&](const std::string& name, const std::string& stem) {
+          if (isKnown && isKnown(stem)) return;
+          const auto events = eventsInFile(calendar, name);
+          if (!events && isNamedLikeOurs(stem) && events.error().kind == Error::Kind::unreadable) {
+            own.complete = false;
+          }
+          if (!events) return;
+          for (const auto& event : *events) {
+            if (event->ledgerIdentity()) own.events.push_back(event);
+          }
+        });
+    if (unread) own.complete = false;
   }
-}
-
-void CalCalendarStore::buildIdentityIndex() {
-  if (std::exchange(index_->builtIdentities, true)) return;
-  for (const auto& calendar : calendars()) {
-    forEachEvent(calendar, [&](const std::string& name, const std::shared_ptr<CalEvent>& event) {
-      if (!event->ledgerIdentity()) return;
-      index_->byIdentity.emplace(hashOf(*event->ledgerIdentity()), Index::Place{calendar, name});
-    });
-  }
-}
-
-std::shared_ptr<CalEvent> CalCalendarStore::eventWithLedgerIdentity(
-    const LedgerIdentity& identity) {
-  buildIdentityIndex();
-  const auto [first, last] = index_->byIdentity.equal_range(hashOf(identity));
-  for (auto found = first; found != last; ++found) {
-    const auto& [calendar, name] = found->second;
-    std::string path = eventsFolder(*calendar) + "/" + name;
-    const auto contents = contentsOfEventFile(path);
-    const auto events = contents ? EventFile::events(*contents, zone_) : std::nullopt;
-    if (!events) continue;
-    for (const auto& event : *events) {
-      if (event->ledgerIdentity() != identity) continue;
-      event->calendar_ = calendar;
-      event->path_ = std::move(path);
-      return event;
-    }
-  }
-  return nullptr;
-}
-
-std::vector<std::shared_ptr<CalEvent>> CalCalendarStore::eventsWithLedgerIdentity() {
-  std::vector<std::shared_ptr<CalEvent>> ours;
-  for (const auto& calendar : calendars()) {
-    forEachEvent(calendar, [&](const std::string&, const std::shared_ptr<CalEvent>& event) {
-      if (event->ledgerIdentity()) ours.push_back(event);
-    });
-  }
-  return ours;
+  if (folders().unread) own.complete = false;
+  return own;
 }
 
 std::vector<std::shared_ptr<CalEvent>> CalCalendarStore::events(
     Date start, Date end, const std::vector<std::shared_ptr<CalCalendar>>& calendars) {
   std::vector<std::shared_ptr<CalEvent>> found;
   for (const auto& calendar : calendars) {
-    forEachEvent(calendar, [&](const std::string&, const std::shared_ptr<CalEvent>& event) {
-      if (!event->start_) return;
-      const Date begin = event->start_->date();
-      Date after = event->end_->date();
-      if (event->allDay_) {
-        CivilTime next = zone_.civil(after);
-        next.day += 1;
-        after = zone_.date(next);
+    forEachEventFile(calendar, [&](const std::string& name, const std::string&) {
+      const auto events = eventsInFile(calendar, name);
+      if (!events) return;
+      for (const Event& event : *events) {
+        if (!event->start_) continue;
+        const Date begin = event->start_->date();
+        Date after = event->end_->date();
+        if (event->allDay_) {
+          CivilTime next = zone_.civil(after);
+          next.day += 1;
+          after = zone_.date(next);
+        }
+        if (begin <= end && (after > start || begin >= start)) found.push_back(event);
       }
-      if (begin <= end && (after > start || begin >= start)) found.push_back(event);
     });
   }
   return found;

@@ -3,34 +3,28 @@
 #include <utility>
 
 #include "codecs/icalendar/EventFile.h"
+#include "codecs/icalendar/EventUID.h"
 #include "platform/calendarstore/CalCalendarStoreParts.h"
 #include "platform/foundation/OtherThread.h"
 
 namespace annivo {
 namespace {
 
-Error failure(Error::Kind kind, int code, std::string description, std::string reason) {
-  return {.kind = kind,
-          .domain = "CalCalendarStoreErrorDomain",
-          .code = code,
-          .description = std::move(description),
-          .failureReason = std::move(reason)};
-}
-
+constexpr std::string_view kTemporaryEnd = ".ics.tmp";
 constexpr int kNoCalendar = 1010;
 constexpr int kNotEditable = 1025;
 constexpr int kTooLarge = 1026;
 
 Result<void> checkCalendar(const CalCalendar* calendar) {
   if (!calendar || calendar->path().empty()) {
-    return failure(Error::Kind::failed, kNoCalendar, "The event cannot be saved.",
-                   calendar ? "The calendar \"" + calendar->title() + "\" does not exist."
-                            : "It has no calendar.");
+    return calendarError(Error::Kind::failed, kNoCalendar, "The event cannot be saved.",
+                         calendar ? "The calendar \"" + calendar->title() + "\" does not exist."
+                                  : "It has no calendar.");
   }
   if (!calendar->isEditable()) {
-    return failure(Error::Kind::refused, kNotEditable,
-                   "The events of " + calendar->path() + " cannot be changed.",
-                   "The calendar \"" + calendar->title() + "\" is not editable.");
+    return calendarError(Error::Kind::refused, kNotEditable,
+                         "The events of " + calendar->path() + " cannot be changed.",
+                         "The calendar \"" + calendar->title() + "\" is not editable.");
   }
   return {};
 }
@@ -38,20 +32,9 @@ Result<void> checkCalendar(const CalCalendar* calendar) {
 std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
 std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-/// Whether this is the name of a file that we made: an upper-case UUID.
-bool isOurName(std::string_view name) {
-  constexpr std::string_view form = "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX";
-  if (!name.ends_with(names::kEventSuffix)) return false;
-  name.remove_suffix(std::string_view(names::kEventSuffix).size());
-  if (name.size() != form.size()) return false;
-  return std::equal(name.begin(), name.end(), form.begin(), [](char c, char expected) {
-    return expected == 'X' ? (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') : c == expected;
-  });
-}
-
 Error changedMeanwhile(const std::string& path) {
-  return failure(Error::Kind::malformed, 0, "The event file " + path + " cannot be changed.",
-                 "Another program has replaced, damaged or removed it.");
+  return calendarError(Error::Kind::failed, 0, "The event file " + path + " cannot be changed.",
+                       "Another program has replaced, damaged or removed it.");
 }
 
 }  // namespace
@@ -67,10 +50,6 @@ Result<void> CalCalendarStore::saveEvent(CalEvent& event, CalSpan) {
   } else if (event.changes_ != 0) {
     if (auto saved = saveChanges(event); !saved) return saved;
   }
-  if (index_->builtIdentities && event.ledgerIdentity() && (event.changes_ & CalEvent::kIdentity)) {
-    index_->byIdentity.emplace(hashOf(*event.ledgerIdentity()),
-                               Index::Place{event.calendar_, nameOf(event.path_)});
-  }
   event.changes_ = 0;
   event.keptAlarms_ = event.alarms_.size();
   event.removedAlarms_.clear();
@@ -80,8 +59,8 @@ Result<void> CalCalendarStore::saveEvent(CalEvent& event, CalSpan) {
 
 /// Edits the file as it is now, whatever it was when the event was read.
 Result<void> CalCalendarStore::saveChanges(CalEvent& event) {
-  const auto contents = contentsOfEventFile(event.path_);
-  if (!contents) return changedMeanwhile(event.path_);
+  const auto contents = files_.contentsOfFileItself(event.path_, EventFile::kLimit);
+  if (!contents) return contents.error();
   const auto text = EventFile::edited(*contents, event, clock_.now(), zone_);
   if (!text) return changedMeanwhile(event.path_);
   const std::string folder = eventsFolder(*event.calendar_);
@@ -100,8 +79,9 @@ Result<void> CalCalendarStore::saveChanges(CalEvent& event) {
 Result<void> CalCalendarStore::writeEventFile(const CalCalendar& calendar, const std::string& path,
                                               std::string_view text) {
   if (text.size() > EventFile::kLimit) {  // It would not be found again.
-    return failure(Error::Kind::refused, kTooLarge, "The event file " + path + " is not written.",
-                   "It would be larger than " + std::to_string(EventFile::kLimit) + " bytes.");
+    return calendarError(
+        Error::Kind::refused, kTooLarge, "The event file " + path + " is not written.",
+        "It would be larger than " + std::to_string(EventFile::kLimit) + " bytes.");
   }
   wrote_ = true;
   ahead_.drop(nameOf(path));
@@ -122,10 +102,10 @@ Result<void> CalCalendarStore::removeEvent(CalEvent& event, CalSpan) {
 }
 
 Result<void> CalCalendarStore::removeFromFile(const std::string& path, const std::string& uid) {
-  const auto attributes = files_.attributesAtPath(path, Links::doNotFollow);
-  if (!attributes && attributes.error().kind == Error::Kind::absent) return {};
-  const auto contents = contentsOfEventFile(path);
-  const auto rest = contents ? EventFile::without(*contents, uid) : std::nullopt;
+  const auto contents = files_.contentsOfFileItself(path, EventFile::kLimit);
+  if (!contents && contents.error().kind == Error::Kind::absent) return {};
+  if (!contents) return contents.error();
+  const auto rest = EventFile::without(*contents, uid);
   if (!rest) return changedMeanwhile(path);
   wrote_ = true;
   ahead_.drop(nameOf(path));
@@ -162,26 +142,56 @@ void CalCalendarStore::finishSyncingBehind() {
   if (auto done = syncingBehind_.get(); !done) syncedBehind_ = std::move(done);
 }
 
-void CalCalendarStore::removeRemains(Remains remains) {
-  const auto remove = [&](const std::string& path) {
-    wrote_ = true;
-    const FolderWatch::OwnChange own(watch_, path);
-    if (auto removed = files_.removeFile(path); !removed) log_.write(removed.error().text());
-  };
-  for (const auto& calendar : calendars()) {
-    if (!calendar->isEditable()) continue;
-    const std::string folder = eventsFolder(*calendar) + "/";
-    forEachFile(calendar, [&](const std::string& name) {
-      if (name.starts_with('.') && name.ends_with(std::string(names::kEventSuffix) + ".tmp"))
-        return remove(folder + name);
-      if (remains != Remains::damagedEvents || !isOurName(name)) return;
-      const auto contents = contentsOfEventFile(folder + name);
-      if (contents && EventFile::isBrokenOff(*contents)) {
-        log_.write("Removed, as it was written in part only: " + folder + name);
-        remove(folder + name);
-      }
-    });
+Result<void> CalCalendarStore::setEventAside(const std::string& uid,
+                                             const std::string& calendarUID) {
+  const auto calendar = findCalendar(calendarUID);
+  if (!calendar) return calendar.error();
+  if (auto usable = checkCalendar(calendar->get()); !usable) return usable;
+  const std::string path = eventsFolder(**calendar) + "/" + uid + std::string(kEventSuffix);
+  const FolderWatch::OwnChange own(watch_, path);
+  const auto aside = files_.setAside(path, clock_.now());
+  if (!aside) return aside.error();
+  wrote_ = true;
+  log_.write(path + ": the damaged file was set aside as " + *aside);
+  return {};
+}
+
+void CalCalendarStore::removeRemains() {
+  for (const Calendar& calendar : calendars()) {
+    if (!calendar->isEditable() || calendar->isOthers()) continue;
+    const std::string folder = eventsFolder(*calendar);
+    const auto entries = files_.contentsOfDirectory(folder);
+    if (!entries) continue;  // Told by who looks for events.
+    for (const DirectoryEntry& entry : *entries) {
+      const std::string path = folder + "/" + entry.name;
+      if (entry.type != FileType::regular || !isRemains(path)) continue;
+      log_.write("Removed, as it was written in part only: " + path);
+      wrote_ = true;
+      const FolderWatch::OwnChange own(watch_, path);
+      if (auto removed = files_.removeFile(path); !removed) log_.write(removed.error().text());
+    }
   }
+}
+
+/// A temporary file of ours, or an event file of ours of which a part is missing.
+bool CalCalendarStore::isRemains(const std::string& path) const {
+  const std::string name = nameOf(path);
+  const bool isTemporary = name.starts_with('.') && name.ends_with(kTemporaryEnd);
+  std::string_view stem = name;
+  if (isTemporary) {
+    stem.remove_prefix(1);
+    stem.remove_suffix(kTemporaryEnd.size());
+  } else if (name.starts_with('.') || !name.ends_with(kEventSuffix)) {
+    return false;
+  } else {
+    stem.remove_suffix(kEventSuffix.size());
+  }
+  const bool isNamedByUs = isOurEventUID(stem);
+  if (isTemporary && isNamedByUs) return true;
+  const auto contents = files_.contentsOfFileItself(path, EventFile::kLimit);
+  if (!contents) return false;
+  if (isNamedByUs && EventFile::isHardlyBegun(*contents)) return true;
+  return EventFile::isOurs(*contents) && (isTemporary || EventFile::isBrokenOff(*contents));
 }
 
 }  // namespace annivo

@@ -31,18 +31,28 @@ std::string infoFor(const CalCalendar& calendar, std::size_t order) {
                                                   {"Type", "Local"}});
 }
 
-bool mayBeEdited(const PropertyList& info) {
+bool isFilledByOthers(const PropertyList& info) {
   for (const char* type : {"Subscription", "Birthday", "Birthdays"}) {
-    if (info["Type"].isEqualToString(type)) return false;
+    if (info["Type"].isEqualToString(type)) return true;
   }
-  return info["Editable"].isNil() || info["Editable"].boolValue();
+  return false;
 }
+
+std::string folderNameFor(const std::string& uid) { return "/" + uid + std::string(kSuffix); }
 
 }  // namespace
 
 std::shared_ptr<CalCalendar> CalCalendar::calendar() {
   auto calendar = std::make_shared<CalCalendar>();
   calendar->uid_ = freshUUID();
+  return calendar;
+}
+
+std::shared_ptr<CalCalendar> CalCalendar::unreadable(std::string uid, std::string title) {
+  auto calendar = std::make_shared<CalCalendar>();
+  calendar->uid_ = std::move(uid);
+  calendar->title_ = std::move(title);
+  calendar->editable_ = false;
   return calendar;
 }
 
@@ -64,6 +74,9 @@ CalCalendarStore::Folders& CalCalendarStore::folders() {
   if (!folders_) {
     folders_ = std::make_unique<Folders>();
     findCalendars(root_, 0);
+    for (const auto& calendar : folders_->calendars) {
+      if (calendarWithUID(calendar->uid()) != calendar) calendar->others_ = true;
+    }
   }
   return *folders_;
 }
@@ -72,23 +85,45 @@ const std::vector<std::shared_ptr<CalCalendar>>& CalCalendarStore::calendars() {
   return folders().calendars;
 }
 
-std::shared_ptr<CalCalendar> CalCalendarStore::calendarWithUID(const std::string& uid) {
-  if (uid.empty()) return nullptr;
+Result<std::shared_ptr<CalCalendar>> CalCalendarStore::findCalendar(const std::string& uid) {
+  const auto absent = [] {
+    return calendarError(Error::Kind::absent, 0, "The calendar does not exist.", "");
+  };
+  if (uid.empty()) return absent();
   if (const auto name = pathComponent(uid, "calendar identifier"); !name) {
     log_.write(name.error().text() + " \"" + uid + "\"");
-    return nullptr;
+    return absent();
   }
-  const auto& all = calendars();
-  for (auto calendar = all.rbegin(); calendar != all.rend(); ++calendar) {
-    if ((*calendar)->uid() == uid) return *calendar;
+  std::shared_ptr<CalCalendar> found;
+  const std::string folder = folderNameFor(uid);
+  for (const auto& calendar : calendars()) {
+    if (calendar->uid() != uid) continue;
+    if (!found || calendar->path().ends_with(folder) || !found->path().ends_with(folder)) {
+      found = calendar;
+    }
   }
-  return nullptr;
+  // The one in the folder named after the UID may be what could not be read.
+  const bool isCertain = found && (found->path().ends_with(folder) || !folders().unread);
+  if (isCertain) return found;
+  if (folders().unread) return *folders().unread;
+  return absent();
+}
+
+std::shared_ptr<CalCalendar> CalCalendarStore::calendarWithUID(const std::string& uid) {
+  auto calendar = findCalendar(uid);
+  return calendar ? *std::move(calendar) : nullptr;
+}
+
+void CalCalendarStore::noteUnread(Error error) {
+  log_.write(error.text());
+  error.kind = Error::Kind::unreadable;
+  folders_->unread = std::move(error);
 }
 
 void CalCalendarStore::findCalendars(const std::string& folder, int depth) {
   const auto entries = files_.contentsOfDirectory(folder);
   if (!entries) {
-    if (entries.error().kind != Error::Kind::absent) log_.write(entries.error().text());
+    if (entries.error().kind != Error::Kind::absent) noteUnread(entries.error());
     return;
   }
   for (const DirectoryEntry& entry : *entries) {
@@ -117,13 +152,16 @@ void CalCalendarStore::addCalendarAt(const std::string& path, const std::string&
   calendar->uid_ = name.substr(0, name.size() - kSuffix.size());
   calendar->title_ = calendar->uid_;
   if (!contents) {
-    if (contents.error().kind != Error::Kind::absent) log_.write(contents.error().text());
+    // Without it neither its UID is known for certain nor whether it may be written.
+    if (contents.error().kind != Error::Kind::absent) return noteUnread(contents.error());
   } else if (const auto info = parsePropertyList(*contents, file); !info) {
     log_.write(info.error().text());
   } else {
     calendar->title_ = (*info)["Title"].stringOr(calendar->uid_);
     if (const std::string key = (*info)["Key"].stringOr(""); !key.empty()) calendar->uid_ = key;
-    calendar->editable_ = mayBeEdited(*info);
+    calendar->others_ = isFilledByOthers(*info);
+    const bool mayBeEdited = (*info)["Editable"].isNil() || (*info)["Editable"].boolValue();
+    calendar->editable_ = mayBeEdited && !calendar->others_;
   }
   const std::string events = eventsFolder(*calendar);
   if (!files_.isWritable(files_.fileExistsAtPath(events) ? events : path)) {
@@ -134,12 +172,12 @@ void CalCalendarStore::addCalendarAt(const std::string& path, const std::string&
 
 Result<void> CalCalendarStore::saveCalendar(const std::shared_ptr<CalCalendar>& calendar) {
   if (!calendar->path_.empty()) return {};
-  const std::string name = calendar->uid_ + std::string(kSuffix);
-  if (const auto component = pathComponent(name, "calendar identifier"); !component) {
+  const std::string name = folderNameFor(calendar->uid_);
+  if (const auto component = pathComponent(name.substr(1), "calendar identifier"); !component) {
     return component.error();
   }
   folders();
-  const std::string path = root_ + "/" + name;
+  const std::string path = root_ + name;
   if (auto made = makeCalendar(*calendar, path); !made) return made;
   wrote_ = true;
   calendar->path_ = path;

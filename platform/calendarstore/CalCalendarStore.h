@@ -25,12 +25,17 @@ class CalCalendar {
  public:
   /// A new calendar, not yet in a store, with its UID.
   static std::shared_ptr<CalCalendar> calendar();
+  /// What stands for a calendar that cannot be read for now: not editable, in no store.
+  static std::shared_ptr<CalCalendar> unreadable(std::string uid, std::string title);
   [[nodiscard]] const std::string& uid() const { return uid_; }
   [[nodiscard]] const std::string& title() const { return title_; }
   void setTitle(std::string title) { title_ = std::move(title); }
   /// False for Type Subscription, Birthday or Birthdays, for Editable false, and where the Events
   /// folder cannot be written.
   [[nodiscard]] bool isEditable() const { return editable_; }
+  /// Whether no event in it is ours, whatever it carries: others fill it (Type Subscription,
+  /// Birthday or Birthdays), or it is a copy of another calendar, under the same UID.
+  [[nodiscard]] bool isOthers() const { return others_; }
   /// The calendar's folder; "" while it is not in a store.
   [[nodiscard]] const std::string& path() const { return path_; }
 
@@ -39,6 +44,7 @@ class CalCalendar {
   std::string uid_;
   std::string title_;
   bool editable_ = true;
+  bool others_ = false;
   std::string path_;
   std::shared_ptr<const ReadableFolder> events_;  ///< opened when first needed
 };
@@ -48,8 +54,11 @@ enum class CalSpan { thisEvent };
 /// The calendars of one home, over ~/Library/Calendars. Calendar folders are found once, at the
 /// first request; events are read one at a time, when asked for, and none is kept.
 ///
-/// An event file that is not one (a folder, a link, a FIFO), is over 1 MiB or cannot be parsed
-/// counts as not there: it is named in a log line and never changed or removed.
+/// Absent, unreadable and malformed are three different things. Absent is what is known not to be
+/// there. Unreadable is what may be there: a file or folder that the system does not give us, and
+/// a malformed file that was changed within the last day, which somebody may still be writing.
+/// Malformed is an event file that was read and cannot be parsed, or is over 1 MiB. What is
+/// unreadable or malformed is named in a log line.
 class CalCalendarStore {
  public:
   CalCalendarStore(NSFileManager& files, const Clock& clock, Log& log, NSTimeZone zone,
@@ -57,18 +66,28 @@ class CalCalendarStore {
   ~CalCalendarStore();
 
   [[nodiscard]] const std::vector<std::shared_ptr<CalCalendar>>& calendars();
-  /// Null when there is none (for "" and, with a log line, UIDs that are no file name too). Of two
-  /// with the same UID the last in the order of a walk through the folders.
+  /// The calendar with that UID. Absent also for "" and, with a log line, UIDs that are no file
+  /// name; unreadable when it may be among folders that could not be read. Of several with the same
+  /// UID the one whose folder is named after it, else the last in the order of a walk.
+  [[nodiscard]] Result<std::shared_ptr<CalCalendar>> findCalendar(const std::string& uid);
+  /// The same; null for any error.
   [[nodiscard]] std::shared_ptr<CalCalendar> calendarWithUID(const std::string& uid);
   /// Adds a new calendar with its Info.plist and Events. The folder is made whole under another
   /// name and then renamed, so that a calendar is there complete or not at all.
   Result<void> saveCalendar(const std::shared_ptr<CalCalendar>& calendar);
 
-  /// The event with that UID, in whichever calendar; null when there is none, and, with a log line
-  /// that names the file, when its file cannot be read or parsed. Found by file name first
-  /// ("<uid>.ics"), and only where that fails by an index over all files, built once.
+  /// The event with that UID that stands for an occurrence. In the occurrence's own calendar that
+  /// is whatever has the UID; in others, where somebody may have put a copy, only what carries the
+  /// identity. Found by file name first ("<uid>.ics"), and only where that fails by an index over
+  /// all files, built once. Malformed only when the file of that name in its own calendar is.
+  [[nodiscard]] Result<std::shared_ptr<CalEvent>> findEvent(const std::string& uid,
+                                                            const LedgerIdentity& identity);
+  /// The event with that UID in whichever calendar; null for any error.
   [[nodiscard]] std::shared_ptr<CalEvent> eventWithUID(const std::string& uid);
-  /// The events that eventWithUID will be asked for after the ones of the last call. Those that lie
+  /// Renames the malformed file of that event in its own calendar (NSFileManager::setAside), so
+  /// that it is no event file any more.
+  Result<void> setEventAside(const std::string& uid, const std::string& calendarUID);
+  /// The events that findEvent will be asked for after the ones of the last call. Those that lie
   /// in that calendar are read meanwhile. No result depends on it.
   void readAhead(CalCalendar& calendar, std::vector<std::string> uids);
   /// Writes a new event into its calendar, or the changed properties of one that is in the store
@@ -84,18 +103,21 @@ class CalCalendarStore {
   [[nodiscard]] std::vector<std::shared_ptr<CalEvent>> events(
       Date start, Date end, const std::vector<std::shared_ptr<CalCalendar>>& calendars);
 
-  /// Every event of ours: those whose file carries a ledger identity. Reads all event files.
-  [[nodiscard]] std::vector<std::shared_ptr<CalEvent>> eventsWithLedgerIdentity();
-
-  /// The event of ours with that ledger identity, null when there is none. Built on an index that
-  /// reads all event files once.
-  [[nodiscard]] std::shared_ptr<CalEvent> eventWithLedgerIdentity(const LedgerIdentity& identity);
+  /// Events of ours, and whether all that may be one could be looked at.
+  struct OwnEvents {
+    std::vector<std::shared_ptr<CalEvent>> events;
+    bool complete = true;
+  };
+  /// Every event of the calendars, but for others' ones, whose file carries a ledger identity.
+  /// Reads all event files but those named after a UID that `isKnown`.
+  [[nodiscard]] OwnEvents ownEvents(
+      const std::vector<std::shared_ptr<CalCalendar>>& calendars,
+      const std::function<bool(const std::string& uid)>& isKnown = nullptr);
 
   /// Takes away what a killed run or a power loss left half written in the Events folders:
-  /// temporary files, and event files begun by us that break off before their end. Lists all Events
-  /// folders and, with `Remains::damagedEvents`, reads all event files.
-  enum class Remains { temporaries, damagedEvents };
-  void removeRemains(Remains remains);
+  /// temporary files and event files that break off before their end, where their name or what is
+  /// left in them says that they are ours. Reads all event files.
+  void removeRemains();
 
   /// Begins to watch the events of a calendar, before any is read.
   void watch(const CalCalendar& calendar);
@@ -108,27 +130,37 @@ class CalCalendarStore {
   Result<void> synchronize();
 
  private:
+  using Calendar = std::shared_ptr<CalCalendar>;
+  using Event = std::shared_ptr<CalEvent>;
   struct Folders;
   struct Index;
   Folders& folders();
   void findCalendars(const std::string& folder, int depth);
   void addCalendarAt(const std::string& path, const std::string& name, int depth);
   Result<void> makeCalendar(const CalCalendar& calendar, const std::string& path);
+  /// Logs what could not be read and that calendars may be missing for it.
+  void noteUnread(Error error);
+
   [[nodiscard]] Result<std::string> contentsInFolder(CalCalendar& calendar,
                                                      const std::string& name) const;
-  [[nodiscard]] std::optional<std::string> contentsOfEventFile(const std::string& path) const;
-  [[nodiscard]] std::optional<std::string> loggedIfUnreadable(Result<std::string> contents) const;
-  [[nodiscard]] std::shared_ptr<CalEvent> eventInFile(const std::shared_ptr<CalCalendar>& calendar,
-                                                      const std::string& name,
-                                                      const std::string& uid) const;
+  [[nodiscard]] Result<std::vector<Event>> eventsInFile(const Calendar& calendar,
+                                                        const std::string& name) const;
+  [[nodiscard]] Error unusable(const std::string& path, const std::optional<Error>& failure) const;
+  [[nodiscard]] Result<Event> eventInFile(const Calendar& calendar, const std::string& name,
+                                          const std::string& uid) const;
+  [[nodiscard]] Result<Event> findMoved(const std::string& uid, const Calendar& own,
+                                        const LedgerIdentity* identity);
+  [[nodiscard]] Result<Event> findIndexed(const Calendar& calendar, const std::string& uid);
   const std::shared_ptr<const ReadableFolder>& openedEvents(CalCalendar& calendar) const;
-  void forEachFile(const std::shared_ptr<CalCalendar>& calendar,
-                   const std::function<void(const std::string& name)>& visit) const;
-  void forEachEvent(const std::shared_ptr<CalCalendar>& calendar,
-                    const std::function<void(const std::string& name,
-                                             const std::shared_ptr<CalEvent>&)>& visit) const;
-  void buildIndex();
-  void buildIdentityIndex();
+  /// `stem` is the name without ".ics". What was wrong, and is logged, when the files could not be
+  /// listed.
+  std::optional<Error> forEachEventFile(
+      const Calendar& calendar,
+      const std::function<void(const std::string& name, const std::string& stem)>& visit) const;
+  /// Whether a calendar's files not named by us were looked at for renamed events, or all.
+  enum class Indexed { none, notNamedByUs, all };
+  void buildIndex(const Calendar& calendar, Indexed files);
+  [[nodiscard]] bool isRemains(const std::string& path) const;
   Result<void> writeEventFile(const CalCalendar& calendar, const std::string& path,
                               std::string_view text);
   void syncBehind();

@@ -2,9 +2,10 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -16,29 +17,34 @@ namespace annivo {
 /// The calendars that were found, in the order of the walk.
 struct CalCalendarStore::Folders {
   std::vector<std::shared_ptr<CalCalendar>> calendars;
-  std::size_t lastFound = 0;  ///< where an event was last found: the next is likely there too
+  std::size_t lastFound = 0;    ///< where an event was last found: the next is likely there too
+  std::optional<Error> unread;  ///< what could not be read, so that calendars may be missing
 };
 
-/// Where events lie that are not found by their file's name. No contents are kept.
+/// Where the events of a calendar lie that are not found by their file's name. No contents are
+/// kept.
 struct CalCalendarStore::Index {
-  struct Place {
-    std::shared_ptr<CalCalendar> calendar;
-    std::string name;
+  struct OfCalendar {
+    Indexed looked = Indexed::none;
+    std::unordered_map<std::string, std::string> nameByUID;
+    std::optional<Error> unread;  ///< a file or folder that could not be looked at
   };
-  bool builtUIDs = false;
-  std::unordered_map<std::string, Place> byUID;  ///< only of files not named after their event
-  bool builtIdentities = false;
-  std::unordered_multimap<std::size_t, Place> byIdentity;  ///< by hashOf
+  std::unordered_map<const CalCalendar*, OfCalendar> calendars;
 };
 
-inline std::size_t hashOf(const LedgerIdentity& identity) {
-  const std::hash<std::string> hash;
-  const auto microseconds = static_cast<std::size_t>(identity.date.time_since_epoch().count());
-  return (hash(identity.myUID) * 31 + hash(identity.calendarUID)) * 31 + microseconds;
-}
+inline constexpr std::string_view kEventSuffix = names::kEventSuffix;
 
 inline std::string eventsFolder(const CalCalendar& calendar) {
   return calendar.path() + '/' + names::kEvents;
+}
+
+inline Error calendarError(Error::Kind kind, int code, std::string description,
+                           std::string reason) {
+  return {.kind = kind,
+          .domain = "CalCalendarStoreErrorDomain",
+          .code = code,
+          .description = std::move(description),
+          .failureReason = std::move(reason)};
 }
 
 }  // namespace annivo

@@ -62,6 +62,30 @@ void makeChangedContacts(const AgentHome& home) {
   ASSERT_EQ(home.run().status, 0);
   home.setContacts(kAfter);
 }
+/// What a server does to event files: it names them otherwise, and writes them in its own way.
+void makeRewrittenEvents(const AgentHome& home) {
+  makeChangedContacts(home);
+  int number = 0;
+  for (const auto& [path, content] : home.folder.snapshot("Library/Calendars")) {
+    if (!path.ends_with(".ics") || path.ends_with("own.ics")) continue;
+    const std::string text = std::regex_replace(
+        std::regex_replace(content, std::regex("PRODID:[^\r]*"), "PRODID:-//Server//EN"),
+        std::regex("\r\n"), "\n");
+    const std::string folder = "Library/Calendars/" + path.substr(0, path.rfind('/') + 1);
+    home.folder.remove("Library/Calendars/" + path);
+    home.folder.writeFile(folder + "server-" + std::to_string(++number) + ".ics", text);
+  }
+}
+/// Somebody copies both calendars, with all that is in them.
+void makeCopiedCalendars(const AgentHome& home) {
+  makeChangedContacts(home);
+  for (const std::string& uid : home.calendars()) {
+    const fs::path folder = home.folder.path("Library/Calendars/" + uid + ".calendar");
+    if (uid.starts_with("N0")) continue;
+    fs::copy(folder, folder.parent_path() / ("0 copy of " + uid + ".calendar"),
+             fs::copy_options::recursive);
+  }
+}
 void makeSwitchedOff(const AgentHome& home) {
   makeFirstRun(home);
   ASSERT_EQ(home.run().status, 0);
@@ -76,6 +100,9 @@ std::string value(const std::string& text, const std::string& name) {
   return std::regex_search(text, match, pattern) ? match[1].str() : "nil";
 }
 
+const std::regex kVarying(
+    "(UID|CREATED|DTSTAMP|LAST-MODIFIED|SEQUENCE|X-ANNIVO[^:]*):[^\n]*\n(?: [^\n]*\n)*");
+
 /// What the home holds, in words that do not depend on drawn identifiers.
 std::multiset<std::string> stateOf(const AgentHome& home) {
   std::multiset<std::string> state;
@@ -87,13 +114,14 @@ std::multiset<std::string> stateOf(const AgentHome& home) {
       const auto info = parsePropertyList(content, path);
       calendars[(*info)["Key"].stringOr("")] = (*info)["Title"].stringOr("?");
       state.insert("calendar " + (*info)["Title"].stringOr("?"));
+    } else if (path.find("/0 copy of ") != path.npos) {
+      state.insert("in a copy " + std::regex_replace(content, kVarying, ""));
     } else if (path.ends_with("own.ics")) {
       state.insert(content == kForeign ? "own event untouched" : "own event changed");
     } else if (path.ends_with(".ics") && !name.starts_with('.')) {
-      static const std::regex varying(
-          "(UID|CREATED|DTSTAMP|LAST-MODIFIED|SEQUENCE|X-ANNIVO[^:]*):"
-          "[^\n]*\n(?: [^\n]*\n)*");
-      events[name.substr(0, name.size() - 4)] = std::regex_replace(content, varying, "");
+      std::smatch uid;
+      std::regex_search(content, uid, std::regex("\nUID:([^\r\n]*)"));
+      events[uid[1]] = std::regex_replace(content, kVarying, "");
     } else if (content != "/" && name != "Annivo 2.xml" && !path.starts_with("Library/Caches") &&
                path.find("/AddressBook/") == std::string::npos &&
                !path.starts_with("Library/Preferences/")) {
@@ -124,6 +152,7 @@ std::multiset<std::string> stateOf(const AgentHome& home) {
 struct Scenario {
   const char* name;
   void (*make)(const AgentHome& home);
+  bool failsWithEachCode = false;  ///< of a reading; else with one of them at each
 };
 
 /// The name of the file that a call is about, as a message gives it.
@@ -196,9 +225,39 @@ TEST_P(Disturbed, AFailureOfAnyChangeOfAFileIsToldAndMadeGoodByTheNextRun) {
   std::printf("let each of %zu file-changing system calls fail\n", count_);
 }
 
+TEST_P(Disturbed, AFailureOfAnyReadingOfTheCalendarsIsMadeGoodByTheNextRun) {
+  if (!kCallsCanFail) GTEST_SKIP() << "calls cannot be made to fail on this machine";
+  std::size_t pairs = 0;
+  const int codes[] = {EIO, EMFILE, ENOMEM};
+  bool isOver = false;
+  for (std::size_t number = 1; !isOver; ++number) {
+    for (const int code : codes) {
+      if (!GetParam().failsWithEachCode && code != codes[number % std::size(codes)]) continue;
+      const auto home = homeBefore();
+      const auto run = traceAgent(home->folder.path(), {.kind = Disturbance::Kind::fail,
+                                                        .calls = Disturbance::Calls::readings,
+                                                        .number = number,
+                                                        .code = code});
+      isOver = run.changes.size() < number;
+      if (isOver) break;
+      ++pairs;
+      SCOPED_TRACE("errno " + std::to_string(code) + " at " + std::to_string(number) + ": " +
+                   run.changes[number - 1]);
+      EXPECT_TRUE(run.status == 0 || run.status == 1) << run.errors;
+      expectRecovery(*home);
+      if (HasFailure()) return;
+    }
+  }
+  EXPECT_GT(pairs, 20U);
+  std::printf("let %zu pairs of a reading system call and an errno fail\n", pairs);
+}
+
 INSTANTIATE_TEST_SUITE_P(Agent, Disturbed,
                          testing::Values(Scenario{"InItsFirstRun", makeFirstRun},
-                                         Scenario{"AfterContactsChanged", makeChangedContacts},
+                                         Scenario{"AfterContactsChanged", makeChangedContacts,
+                                                  true},
+                                         Scenario{"OverRewrittenEvents", makeRewrittenEvents},
+                                         Scenario{"BesideCopiedCalendars", makeCopiedCalendars},
                                          Scenario{"WhenSwitchedOff", makeSwitchedOff}),
                          [](const auto& scenario) { return std::string(scenario.param.name); });
 

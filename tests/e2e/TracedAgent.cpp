@@ -130,6 +130,45 @@ bool opensAtEntry(pid_t child, const std::string& path) {
          textAt(child, info.entry.args[1]) == path;
 }
 
+/// The path in `folder` that the child is about to read, list or examine, if it does.
+std::optional<std::string> readingAtEntry(pid_t child, const std::string& folder) {
+  __ptrace_syscall_info info{};
+  if (ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info) < 0 ||
+      info.op != PTRACE_SYSCALL_INFO_ENTRY) {
+    return std::nullopt;
+  }
+  static const std::map<std::uint64_t, const char*> byPath = {
+#ifdef SYS_newfstatat
+      {SYS_newfstatat, "newfstatat"},
+#endif
+      {SYS_openat, "openat"},         {SYS_statx, "statx"},           {SYS_faccessat, "faccessat"},
+      {SYS_faccessat2, "faccessat2"}, {SYS_readlinkat, "readlinkat"},
+  };
+  static const std::map<std::uint64_t, const char*> byDescriptor = {{SYS_read, "read"},
+                                                                    {SYS_pread64, "pread64"},
+                                                                    {SYS_getdents64, "getdents64"},
+                                                                    {SYS_fstat, "fstat"}};
+  const auto& arguments = info.entry.args;
+  std::string name;
+  std::string path;
+  if (const auto call = byPath.find(info.entry.nr); call != byPath.end()) {
+    const bool writes = info.entry.nr == SYS_openat &&
+                        (arguments[2] & (O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)) != 0;
+    if (writes) return std::nullopt;
+    name = call->second;
+    path = textAt(child, arguments[1]);
+    if (!path.starts_with('/')) {
+      const std::string open = pathOf(child, arguments[0]);
+      path = path.empty() ? open : open + "/" + path;
+    }
+  } else if (const auto reading = byDescriptor.find(info.entry.nr); reading != byDescriptor.end()) {
+    name = reading->second;
+    path = pathOf(child, arguments[0]);
+  }
+  if (!path.starts_with(folder)) return std::nullopt;
+  return name + " " + path;
+}
+
 /// At the entry of a call: lets it return with that errno and do nothing.
 void failCall([[maybe_unused]] pid_t child, [[maybe_unused]] int code) {
 #ifdef __x86_64__
@@ -193,7 +232,9 @@ TracedRun traceAgent(const std::string& home, Disturbance disturbance) {
       if (opensAtEntry(child, disturbance.path)) failCall(child, disturbance.code);
       continue;
     }
-    auto change = changeAtEntry(child);
+    auto change = disturbance.calls == Disturbance::Calls::changes
+                      ? changeAtEntry(child)
+                      : readingAtEntry(child, home + "/Library/Calendars");
     if (!change) continue;
     run.changes.push_back(std::move(*change));
     if (run.changes.size() != disturbance.number) continue;

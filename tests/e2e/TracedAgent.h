@@ -9,7 +9,8 @@ namespace annivo {
 
 /// A run of the real agent under the eyes of ptrace.
 struct TracedRun {
-  /// The system calls that change files, in order, each as "name path".
+  /// The system calls that change files, in order, each as "name path"; or, where readings are
+  /// disturbed, those that read, list or examine what lies in the calendars' folder.
   std::vector<std::string> changes;
   /// Whether it was killed.
   bool killed = false;
@@ -21,6 +22,8 @@ struct TracedRun {
 struct Disturbance {
   enum class Kind { none, kill, fail, failOpening };
   Kind kind = Kind::none;
+  enum class Calls { changes, readings };
+  Calls calls = Calls::changes;
   std::size_t number = 0;
   int code = 0;           ///< the errno of a call that fails
   std::string path = {};  ///< failOpening: each opening of exactly this, however many

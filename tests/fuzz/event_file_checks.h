@@ -49,6 +49,7 @@ inline void checkEventText(std::string_view text) {
   const NSTimeZone zone;
   const auto events = EventFile::events(text, zone);
   EventFile::isBrokenOff(text);
+  EventFile::isOurs(text);
   if (!events) return;
   for (std::size_t i = 0; i < std::min<std::size_t>(events->size(), 3); ++i) {
     const auto& event = events->at(i);

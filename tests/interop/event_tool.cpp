@@ -170,7 +170,7 @@ int run(const std::vector<std::string>& arguments) {
   if (command == "make" && arguments.size() == 4) {
     make(store, std::stoi(arguments[2]), static_cast<unsigned>(std::stoul(arguments[3])));
   } else if (command == "read" && arguments.size() == 2) {
-    for (const auto& event : store.eventsWithLedgerIdentity()) print(*event);
+    for (const auto& event : store.ownEvents(store.calendars()).events) print(*event);
   } else if (command == "find" && arguments.size() == 3) {
     print(*find(store, arguments[2]));
   } else if (command == "retitle" && arguments.size() == 4) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "codecs/icalendar/EventFile.h"
+#include "codecs/icalendar/EventUID.h"
 #include "tests/platform/calendarstore/CalendarHome.h"
 
 namespace annivo {
@@ -226,7 +227,7 @@ TEST(EventFileWithout, CutsTheEventAndItsExceptionsOut) {
   EXPECT_EQ(EventFile::without(head + master + todo + end, "1"), head + todo + end);
 }
 
-TEST(EventFileIsBrokenOff, KnowsTheBeginningsOfOurFilesOnly) {
+TEST(EventFileIsBrokenOff, KnowsWhatIsOnlyTheBeginningOfAFile) {
   const auto event = CalEvent::event();
   event->setTitle("A");
   event->setStartDate(midnight(kZone, 2026, 2, 28));
@@ -239,10 +240,55 @@ TEST(EventFileIsBrokenOff, KnowsTheBeginningsOfOurFilesOnly) {
   }
   EXPECT_FALSE(EventFile::isBrokenOff(ours));
   EXPECT_FALSE(EventFile::isBrokenOff(ours.substr(0, ours.size() - 2)));
-  const std::string theirs = eventText("1", "SUMMARY:a\r\n");
-  EXPECT_FALSE(EventFile::isBrokenOff(theirs));
-  EXPECT_FALSE(EventFile::isBrokenOff(theirs.substr(0, theirs.size() - 20)));
+  EXPECT_TRUE(EventFile::isBrokenOff(ours + '\0'));
+  EXPECT_FALSE(EventFile::isBrokenOff(eventText("1", "SUMMARY:a\r\n")));
   EXPECT_FALSE(EventFile::isBrokenOff("hello"));
+}
+
+TEST(EventFileIsOurs, GoesByIdentityUIDAndHeader) {
+  const std::string identity = "X-ANNIVO-IDENTITY:0/a/b/1\r\n";
+  const std::string drawn = CalEvent::event()->uid();
+  const struct {
+    const char* name;
+    std::string text;
+    bool isOurs;
+  } cases[] = {
+      {"the identity names the event", eventText("1", identity), true},
+      {"the identity names another", eventText("2", identity), false},
+      {"the identity is all that is left", "BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\n" + identity, true},
+      {"the identity is broken off", "BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nX-ANNIVO-IDENTITY:0/a/b/1",
+       false},
+      {"the UID is one of ours", eventText(drawn, ""), true},
+      {"the UID is broken off", "BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nUID:" + drawn, false},
+      {"a second event is theirs",
+       "BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nUID:1\r\n" + identity +
+           "END:VEVENT\r\nBEGIN:VEVENT\r\nUID:2\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n",
+       false},
+      {"the header is ours",
+       "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Annivo//Annivo Agent 2.0//", true},
+      {"the header is broken off", "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:", false},
+      {"their event", eventText("1", ""), false},
+      {"empty", "", false},
+  };
+  for (const auto& [name, text, isOurs] : cases) {
+    EXPECT_EQ(EventFile::isOurs(text), isOurs) << name;
+    EXPECT_EQ(EventFile::isOurs(text + std::string(9, '\0')), isOurs) << name;
+  }
+}
+
+TEST(EventUID, IsKnownForOursAndNoOtherIs) {
+  const std::string uid = freshEventUID();
+  EXPECT_NE(uid, freshEventUID());
+  EXPECT_TRUE(isOurEventUID(uid));
+  for (std::size_t i = 0; i < uid.size(); ++i) {
+    std::string other = uid;
+    other[i] = other[i] == '7' ? '8' : '7';
+    EXPECT_FALSE(isOurEventUID(other)) << other;
+  }
+  EXPECT_FALSE(isOurEventUID("6B1D7C52-2A0E-4C58-9F6D-1D3A5E0B7C11"));
+  EXPECT_FALSE(isOurEventUID(""));
+  // What is on disk already must still be known.
+  EXPECT_TRUE(isOurEventUID("6B1D7C52-2A0E-4C58-9F6D-0E2A4DD2D4A1"));
 }
 
 }  // namespace

@@ -13,6 +13,7 @@ namespace annivo {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
 /// A home with the calendar "CAL".
 class CalCalendarStoreBadInput : public testing::Test {
@@ -99,9 +100,9 @@ TEST_F(CalCalendarStoreBadInput, EntriesThatAreNoRegularFileAreNamedAndPassedOve
   CalendarHome::write(folder + "GOOD.ics", eventText("GOOD", "SUMMARY:good\r\n"));
   const auto start = std::chrono::steady_clock::now();
   for (const char* uid : {"FOLDER", "DANGLING", "LINK", "ENDLESS", "FIFO"}) expectNotFound(uid);
-  EXPECT_TRUE(home.store().eventsWithLedgerIdentity().empty());
+  EXPECT_TRUE(home.store().ownEvents(home.store().calendars()).events.empty());
   EXPECT_TRUE(home.store().eventWithUID("GOOD"));
-  home.store().removeRemains(CalCalendarStore::Remains::damagedEvents);
+  home.store().removeRemains();
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds{1});
   EXPECT_EQ(CalendarHome::read(outside), text);
   EXPECT_TRUE(fs::is_symlink(folder + "LINK.ics"));
@@ -124,7 +125,7 @@ TEST_F(CalCalendarStoreBadInput, AnEventsEntryThatIsAFileHarmsNothing) {
   fs::remove(home.root + "/CAL.calendar/Events");
   CalendarHome::write(home.root + "/CAL.calendar/Events", "a file");
   EXPECT_FALSE(home.store().eventWithUID("U"));
-  EXPECT_TRUE(home.store().eventsWithLedgerIdentity().empty());
+  EXPECT_TRUE(home.store().ownEvents(home.store().calendars()).events.empty());
   const auto event = CalEvent::event();
   event->setTitle("A");
   event->setCalendar(home.store().calendarWithUID("CAL"));
@@ -132,24 +133,43 @@ TEST_F(CalCalendarStoreBadInput, AnEventsEntryThatIsAFileHarmsNothing) {
 }
 
 TEST_F(CalCalendarStoreBadInput, TheRemainsOfAKilledRunAreTakenAwayAndNothingElse) {
-  const std::string ours = "6B1D7C52-2A0E-4C58-9F6D-1D3A5E0B7C11.ics";
-  const std::string damaged = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Annivo//Annivo Ag";
-  CalendarHome::write(folder + "." + ours + ".tmp", "BEGIN:VC");
-  CalendarHome::write(folder + ours, damaged);
-  CalendarHome::write(folder + "A94F2E07-5B7C-4F0A-8E55-0C9A6D2B8F34.ics", "");
+  const auto ours = [] { return CalEvent::event()->uid() + ".ics"; };
+  const std::string header = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Annivo//Annivo Agent 2.0";
+  const std::string theirs = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Other//EN\r\n";
+  const std::string begun = theirs + "BEGIN:VEVENT\r\n";
+  const std::map<std::string, std::string> remains = {
+      {"." + ours() + ".tmp", ""},
+      {"." + ours() + ".tmp", "BEGIN:VC"},
+      {".renamed.ics.tmp", begun + "UID:U\r\nX-ANNIVO-IDENTITY:0/a/b/U\r\nSUMM"},
+      {ours(), ""},
+      {ours(), std::string(700, '\0')},
+      {ours(), header},
+      {ours(), begun + "UID:U\r\nX-ANNIVO-IDENTITY:0/a/b/U\r\nEND:VEVENT\r\n\0\0\0"s},
+      {"6B1D7C52-2A0E-4C58-9F6D-1D3A5E0B7C11.ics", header},  // Of an earlier release.
+      {"renamed.ics", begun + "UID:U\r\nX-ANNIVO-IDENTITY:0/a/b/U\r\nSUMM"},
+      {"rewritten.ics", begun + "UID:" + CalEvent::event()->uid() + "\r\nSUMM"},
+      {"zeros.ics", begun + "X-ANNIVO-IDENTITY:0/a/b/U\r\n" + std::string(512, '\0')},
+  };
   const std::map<std::string, std::string> others = {
-      {"chosen-by-another.ics", damaged},
+      {"chosen-by-another.ics", theirs},
       {"a94f2e07-5b7c-4f0a-8e55-0c9a6d2b8f34.ics", ""},
+      {"A94F2E07-5B7C-4F0A-8E55-0C9A6D2B8F34.ics", ""},
       {"3E6F0B1A-7D24-4B8B-9C0C-52D1A7E4F690.ics", "BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nUID:theirs"},
+      {"copy.ics", begun + "UID:copy\r\nX-ANNIVO-IDENTITY:0/a/b/U\r\nSUMM"},
+      {"two.ics", begun + "UID:theirs\r\nEND:VEVENT\r\nBEGIN:VEVENT\r\nUID:U\r\n"
+                          "X-ANNIVO-IDENTITY:0/a/b/U\r\nSUMM"},
       {".hidden", "x"},
       {".vdirsyncer.tmp", "x"},
+      {".theirs.ics.tmp", begun + "UID:theirs\r\n"},
+      {".A94F2E07-5B7C-4F0A-8E55-0C9A6D2B8F34.ics.tmp", "BEGIN:VCALENDAR\r\n"},
       {"E36D0B1A-7D24-4B8B-9C0C-52D1A7E4F690.ics", eventText("U", "X-ANNIVO-IDENTITY:0/a/b/U\r\n")},
   };
+  for (const auto& [name, bytes] : remains) CalendarHome::write(folder + name, bytes);
   for (const auto& [name, bytes] : others) CalendarHome::write(folder + name, bytes);
-  home.store().removeRemains(CalCalendarStore::Remains::temporaries);
-  EXPECT_FALSE(fs::exists(folder + "." + ours + ".tmp"));
-  EXPECT_TRUE(fs::exists(folder + ours));
-  home.store().removeRemains(CalCalendarStore::Remains::damagedEvents);
+  home.store().removeRemains();
+  for (const auto& [name, bytes] : remains) {
+    EXPECT_FALSE(fs::exists(folder + name)) << name << ": " << bytes;
+  }
   auto files = home.allFiles();
   EXPECT_EQ(files.size(), others.size() + 1);
   for (const auto& [name, bytes] : others) EXPECT_EQ(files[folder + name], bytes) << name;

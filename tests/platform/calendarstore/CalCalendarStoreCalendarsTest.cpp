@@ -123,7 +123,10 @@ TEST(CalCalendarStore, ADamagedInfoPlistCostsTheTitleAndIsNamed) {
   home.makeCalendar("CUT", info(text("Key", "K")).substr(0, 70));
   home.makeCalendar("ARRAY", "<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>");
   std::filesystem::create_directory(home.makeCalendar("FOLDER", "") + "/Info.plist");
-  EXPECT_EQ(uidsIn(home.store()), (std::vector<std::string>{"ARRAY", "CUT", "FOLDER", "NONE"}));
+  EXPECT_EQ(uidsIn(home.store()), (std::vector<std::string>{"ARRAY", "CUT", "NONE"}))
+      << "of a description that cannot be read nothing is known";
+  EXPECT_EQ(home.store().findCalendar("FOLDER").error().kind, Error::Kind::unreadable);
+  EXPECT_EQ(home.store().findCalendar("OTHER").error().kind, Error::Kind::unreadable);
   for (const char* name : {"CUT", "FOLDER", "NONE"}) {
     EXPECT_TRUE(home.log.mentions(std::string(name) + ".calendar/Info.plist")) << name;
   }

@@ -300,7 +300,6 @@ TEST_F(CalCalendarStoreEvents, OurOwnEventsAreKnownByTheirIdentity) {
   const LedgerIdentity one{.myUID = "\r\n;", .calendarUID = "CAL", .date = kReferenceDate};
   const LedgerIdentity two{
       .myUID = "D", .calendarUID = "CAL", .date = kReferenceDate + std::chrono::microseconds{1}};
-  EXPECT_FALSE(home.store().eventWithLedgerIdentity(one)) << "the index is built before the saves";
   for (const LedgerIdentity& identity : {one, two}) {
     const auto event = newEvent("ours");
     event->setLedgerIdentity(identity);
@@ -309,11 +308,17 @@ TEST_F(CalCalendarStoreEvents, OurOwnEventsAreKnownByTheirIdentity) {
   savedEvent("without identity");
   CalendarHome::write(file("users.ics"), eventText("users", "SUMMARY:u\r\n"));
   for (CalCalendarStore* store : {&home.store(), &home.newRun()}) {
-    EXPECT_EQ(store->eventsWithLedgerIdentity().size(), 2U);
-    EXPECT_EQ(store->eventWithLedgerIdentity(one)->ledgerIdentity(), one);
-    EXPECT_EQ(store->eventWithLedgerIdentity(two)->ledgerIdentity(), two);
-    EXPECT_FALSE(store->eventWithLedgerIdentity(
-        {.myUID = "D", .calendarUID = "CAL", .date = kReferenceDate}));
+    const auto own = store->ownEvents(store->calendars());
+    ASSERT_EQ(own.events.size(), 2U);
+    EXPECT_TRUE(own.complete);
+    const bool inOrder = own.events[0]->ledgerIdentity() == one;
+    EXPECT_EQ(own.events[inOrder ? 0 : 1]->ledgerIdentity(), one);
+    EXPECT_EQ(own.events[inOrder ? 1 : 0]->ledgerIdentity(), two);
+    const std::string known = own.events[0]->uid();
+    const auto others =
+        store->ownEvents(store->calendars(), [&](const std::string& uid) { return uid == known; });
+    ASSERT_EQ(others.events.size(), 1U);
+    EXPECT_EQ(others.events[0]->uid(), own.events[1]->uid());
   }
 }
 
