@@ -10,7 +10,7 @@
 namespace annivo {
 namespace {
 
-constexpr std::string_view kTemporaryEnd = ".ics.tmp";
+constexpr std::string_view kTemporaryEnd = ".tmp";
 constexpr int kNoCalendar = 1010;
 constexpr int kNotEditable = 1025;
 constexpr int kTooLarge = 1026;
@@ -181,11 +181,9 @@ bool CalCalendarStore::isRemains(const std::string& path) const {
   if (isTemporary) {
     stem.remove_prefix(1);
     stem.remove_suffix(kTemporaryEnd.size());
-  } else if (name.starts_with('.') || !name.ends_with(kEventSuffix)) {
-    return false;
-  } else {
-    stem.remove_suffix(kEventSuffix.size());
   }
+  if (stem.starts_with('.') || !stem.ends_with(kEventSuffix)) return false;
+  stem.remove_suffix(kEventSuffix.size());
   const bool isNamedByUs = isOurEventUID(stem);
   if (isTemporary && isNamedByUs) return true;
   const auto contents = files_.contentsOfFileItself(path, EventFile::kLimit);
