@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <set>
 
 #include "tests/calendar/FaultyMachine.h"
 
@@ -141,6 +142,25 @@ TEST_P(InterruptedRun, ADiskThatStaysFullIsMadeGoodByTheNextRun) {
     GetParam().run(machine);
     SCOPED_TRACE("disk full from change " + std::to_string(number));
     EXPECT_TRUE(machine.told(machine.faults().changes()[number - 1].path));
+    expectRecovery(machine);
+  }
+}
+
+TEST_P(InterruptedRun, AFileOrFolderOfTheCalendarsThatCannotBeReadIsMadeGoodByTheNextRun) {
+  std::set<std::string> paths;
+  const std::string root = home_.path("Library/Calendars");
+  for (const auto& [path, content] : before_.memory().files(root)) {
+    for (auto above = path; above.size() >= root.size(); above.resize(above.rfind('/'))) {
+      paths.insert(above);
+    }
+  }
+  EXPECT_GT(paths.size(), 3U);
+  for (const std::string& path : paths) {
+    FaultyMachine machine(before_);
+    machine.faults().makeUnreadable(path);
+    GetParam().run(machine);
+    machine.faults().makeReadable(path);
+    SCOPED_TRACE("unreadable: " + path);
     expectRecovery(machine);
   }
 }
