@@ -7,6 +7,7 @@
 #include "base/Base64.h"
 #include "base/Reason.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "base/Unicode.h"
 #include "codecs/icalendar/ContentLine.h"
 #include "codecs/icalendar/ContentText.h"
@@ -164,7 +165,7 @@ Result<std::string> VCard::toUTF8(const VCardProperty& property, std::string byt
     if (isValidUTF8(bytes)) return bytes;
     // Version 2.1 leaves the charset open; its writers meant that of their system.
     if (version_ == "2.1") return convertedToUTF8(bytes, "WINDOWS-1252");
-    return reason("it is not valid UTF-8", Error::Kind::malformed);
+    return reason(translated("it is not valid UTF-8"), Error::Kind::malformed);
   }
   return convertedToUTF8(bytes, charset);
 }

@@ -8,6 +8,7 @@
 #include "base/Digits.h"
 #include "base/Reason.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 
 namespace annivo {
 
@@ -66,9 +67,10 @@ std::optional<Written> parseDate(std::string_view date) {
   return written;
 }
 
-std::string quoted(std::string_view text) {
+/// As much of a value as a message shows.
+std::string shown(std::string_view text) {
   constexpr std::size_t kShown = 40;
-  return " (\"" + std::string(text.substr(0, kShown)) + (text.size() > kShown ? "…\")" : "\")");
+  return std::string(text.substr(0, kShown)) + (text.size() > kShown ? "…" : "");
 }
 
 }  // namespace
@@ -76,20 +78,21 @@ std::string quoted(std::string_view text) {
 Result<StoredDay> vCardDay(const VCardProperty& property, std::string_view text) {
   text = trimmed(text);
   const std::string valueType = upperCased(property.parameter("VALUE"));
-  if (valueType == "TEXT") return reason("is given in words" + quoted(text));
+  if (valueType == "TEXT") return reason(translated("is given in words (\"{1}\")", shown(text)));
   const std::string calendar = upperCased(property.parameter("CALSCALE"));
   if (!calendar.empty() && calendar != "GREGORIAN") {
-    return reason("is in the calendar \"" + calendar + "\"" + quoted(text));
+    return reason(translated("is in the calendar \"{1}\" (\"{2}\")", calendar, shown(text)));
   }
   const std::string_view date = withoutTime(text);
-  if (date.empty()) return reason("names a time without a day" + quoted(text));
+  if (date.empty()) return reason(translated("names a time without a day (\"{1}\")", shown(text)));
   const auto written = parseDate(date);
-  if (!written) return reason("is no date that can be read" + quoted(text));
+  if (!written) return reason(translated("is no date that can be read (\"{1}\")", shown(text)));
   if (!written->month) {
-    return reason(written->day ? "names a day without a month" + quoted(text)
-                               : "names no month and day" + quoted(text));
+    return reason(written->day ? translated("names a day without a month (\"{1}\")", shown(text))
+                               : translated("names no month and day (\"{1}\")", shown(text)));
   }
-  if (!written->day) return reason("names a month without a day" + quoted(text));
+  if (!written->day)
+    return reason(translated("names a month without a day (\"{1}\")", shown(text)));
 
   StoredDay day{written->year.value_or(kYearOfNoYear), *written->month, *written->day};
   const auto omitted = property.parameter("X-APPLE-OMIT-YEAR");
@@ -101,7 +104,7 @@ Result<StoredDay> vCardDay(const VCardProperty& property, std::string_view text)
                                           std::chrono::day(static_cast<unsigned>(day.day))};
   // The types of the library hold no more than a byte of a month and a day.
   if (day.month > 12 || day.day > 31 || !civil.ok()) {
-    return reason("is no day of the calendar" + quoted(text));
+    return reason(translated("is no day of the calendar (\"{1}\")", shown(text)));
   }
   return day;
 }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "codecs/icalendar/ContentLine.h"
 #include "codecs/vcard/VCardText.h"
 
@@ -44,7 +45,7 @@ void VCardSplitter::feed(std::string_view bytes) {
 
 void VCardSplitter::finish() {
   if (!line_.empty() || discardRest_) endLine();
-  if (inCard_) deliver("the card never ends (END:VCARD is missing)");
+  if (inCard_) deliver(translated("the card never ends (END:VCARD is missing)"));
 }
 
 void VCardSplitter::appendToLine(std::string_view piece) {
@@ -76,7 +77,7 @@ void VCardSplitter::takeLine(std::string_view line) {
       ++depth_;
       return;
     }
-    if (inCard_) deliver("the card never ends (END:VCARD is missing)");
+    if (inCard_) deliver(translated("the card never ends (END:VCARD is missing)"));
     inCard_ = true;
     card_.line = lineNumber_;
   } else if (inCard_ && equalsIgnoringCase(trimmedEnd(line, isSpaceOrTab), "END:VCARD")) {
@@ -102,7 +103,7 @@ void VCardSplitter::takePropertyLine(std::string_view line) {
 }
 
 void VCardSplitter::deliver(std::string reason) {
-  if (tooLong_) reason = "the card is larger than 1 MiB";
+  if (tooLong_) reason = translated("the card is larger than 1 MiB");
   card_.skipped = std::move(reason);
   deliver_(std::exchange(card_, {}));
   inCard_ = tooLong_ = dropping_ = afterAgent_ = false;

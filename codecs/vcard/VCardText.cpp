@@ -10,6 +10,7 @@
 
 #include "base/Reason.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 
 namespace annivo {
 
@@ -19,7 +20,7 @@ Result<std::string> convertedToUTF8(std::string_view bytes, const std::string& c
   const auto close = [](void* converter) { iconv_close(converter); };
   iconv_t opened = iconv_open("UTF-8", charset.c_str());
   if (reinterpret_cast<std::intptr_t>(opened) == -1) {
-    return reason("its charset \"" + charset + "\" is unknown");
+    return reason(translated("its charset \"{1}\" is unknown", charset));
   }
   const std::unique_ptr<void, decltype(close)> converter(opened, close);
   std::string converted;
@@ -34,7 +35,7 @@ Result<std::string> convertedToUTF8(std::string_view bytes, const std::string& c
     const int code = errno;
     converted.append(buffer.data(), buffer.size() - room);
     if (done == static_cast<std::size_t>(-1) && code != E2BIG) {
-      return reason("it is not valid " + charset, Error::Kind::malformed);
+      return reason(translated("it is not valid {1}", charset), Error::Kind::malformed);
     }
   }
   return converted;

@@ -11,22 +11,13 @@ void alarmsCommand(CommandSession& session) {
   const auto alarms =
       listedAlarms(prefs.prefs()[keys::kAlarmTable], session.platform.defaultTimeZone());
   const Console& console = session.console;
-  if (console.json) {
-    PropertyList::Array list;
-    for (const ListedAlarm& alarm : alarms) {
-      list.push_back(PropertyList::Dictionary{{"number", alarm.number},
-                                              {"kind", alarm.kind},
-                                              {"days", alarm.days},
-                                              {"time", alarm.time},
-                                              {"birthdays", alarm.birthdays},
-                                              {"anniversaries", alarm.anniversaries}});
-    }
-    return console.writeJSON(list);
-  }
+  if (console.json) return console.writeJSON(alarmsFact(alarms));
   for (const ListedAlarm& alarm : alarms) {
     console.line(std::to_string(alarm.number) + "  " + printable(alarmText(alarm)));
   }
-  if (alarms.empty()) console.line("No alarms: \"annivo alarms add message --days 2\" adds one.");
+  if (alarms.empty()) {
+    console.line(translated("No alarms: \"annivo alarms add message --days 2\" adds one."));
+  }
 }
 
 void addAlarmCommand(CommandSession& session, const NewAlarm& alarm) {
@@ -42,7 +33,7 @@ void addAlarmCommand(CommandSession& session, const NewAlarm& alarm) {
                 session.platform.clock().now(), session.platform.defaultTimeZone());
   if (!table) throw Refusal{table.error().description};
   if (*table == stored) {
-    session.console.note("There is such an alarm already; nothing is added.");
+    session.console.note(translated("There is such an alarm already; nothing is added."));
   } else {
     storeChoices(session, {{keys::kAlarmTable, *table}});
   }

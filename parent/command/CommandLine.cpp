@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "parent/command/Commands.h"
+#include "parent/command/UsageWords.h"
 #include "parent/settings/AlarmTable.h"
 #include "parent/settings/Settings.h"
 #include "parent/settings/Words.h"
@@ -26,41 +27,16 @@ using Action = std::function<void(CommandSession&)>;
 /// Of a word that is among kKinds.
 DateKind chosenKind(const std::string& word) { return dateKindOfWord(word).value(); }
 
-/// The innermost command that the words name.
-const CLI::App& commandOf(const CLI::App& app) {
-  const CLI::App* command = &app;
-  while (!command->get_subcommands().empty()) command = command->get_subcommands().front();
-  return *command;
-}
-
 /// "annivo calendars choose".
 std::string fullName(const CLI::App& command) {
   const CLI::App* parent = command.get_parent();
   return (parent ? fullName(*parent) + ' ' : "") + command.get_name();
 }
 
-/// What is wrong with words that make no command.
-std::string problem(const CLI::App& app, const CLI::ParseError& error) {
-  const CLI::App& command = commandOf(app);
-  const bool wantsCommand = !command.get_subcommands({}).empty();
-  const std::vector<std::string> extras = app.remaining(true);
-  if (extras.empty() || command.get_allow_extras()) {
-    const std::string text = error.what();
-    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
-      return text.substr(0, text.find(':')) + " needs a value";
-    }
-    const bool wanted = wantsCommand && dynamic_cast<const CLI::RequiredError*>(&error);
-    return wanted ? "no command is given" : text;
-  }
-  const std::string quoted = '"' + extras.front() + '"';
-  if (extras.front().starts_with('-')) return "there is no option " + quoted;
-  return wantsCommand ? "there is no command " + quoted : quoted + " is a word too many";
-}
-
 }  // namespace
 
 struct CommandLine::State {
-  CLI::App app{"Copies the dates kept in your contacts into your calendars.", "annivo"};
+  CLI::App app{translated("Copies the dates kept in your contacts into your calendars."), "annivo"};
   std::map<const CLI::App*, Action> actions;
   bool json = false;
 
@@ -75,109 +51,123 @@ struct CommandLine::State {
   int number = 0;
   int days = 366;
 
-  CLI::App& command(CLI::App& parent, const char* name, const char* help, Action action = {}) {
+  CLI::App& command(CLI::App& parent, const char* name, const std::string& help,
+                    Action action = {}) {
     CLI::App& added = *parent.add_subcommand(name, help);
-    added.fallthrough();
+    added.fallthrough()->group(translated("Commands"));
+    added.get_help_ptr()->group(translated("Options"));
     if (action) actions.emplace(&added, std::move(action));
     return added;
   }
 
   void addContacts() {
-    CLI::App& imports = command(app, "import", "Bring in contacts from vCard files and folders",
-                                [this](CommandSession& s) { importCommand(s, import); });
-    imports.add_option("PATH", import.paths, "vCard files, or folders of them")->required();
+    CLI::App& imports =
+        command(app, "import", translated("Bring in contacts from vCard files and folders"),
+                [this](CommandSession& s) { importCommand(s, import); });
+    imports.add_option("PATH", import.paths, translated("vCard files, or folders of them"))
+        ->required();
     imports.add_option("--source", import.source,
-                       "Name of the source; importing into it again replaces it");
-    imports.add_option("--me", import.me, "UID of your own card");
-    command(app, "people", "List the people with their dates", peopleCommand);
-    command(app, "groups", "List the groups", groupsCommand);
-    command(app, "labels", "List the labels of the dates", labelsCommand);
+                       translated("Name of the source; importing into it again replaces it"));
+    imports.add_option("--me", import.me, translated("UID of your own card"));
+    command(app, "people", translated("List the people with their dates"), peopleCommand);
+    command(app, "groups", translated("List the groups"), groupsCommand);
+    command(app, "labels", translated("List the labels of the dates"), labelsCommand);
   }
 
   void addCalendars() {
-    CLI::App& calendars =
-        command(app, "calendars", "List, choose and create calendars", calendarsCommand);
+    CLI::App& calendars = command(app, "calendars", translated("List, choose and create calendars"),
+                                  calendarsCommand);
     calendars.require_subcommand(0, 1);
     CLI::App& choose =
-        command(calendars, "choose", "Choose the calendar for dates",
+        command(calendars, "choose", translated("Choose the calendar for dates"),
                 [this](auto& s) { chooseCalendarCommand(s, chosenKind(kind), calendar); });
-    choose.add_option("KIND", kind, listed(kKinds, "or"))->required()->check(CLI::IsMember(kKinds));
-    choose.add_option("CALENDAR", calendar, "Its title or UID")->required();
-    CLI::App& create = command(calendars, "create", "Create a calendar", [this](auto& s) {
-      createCalendarCommand(s, title, forKind ? std::optional(chosenKind(*forKind)) : std::nullopt);
-    });
-    create.add_option("TITLE", title, "Its title")->required();
-    create.add_option("--for", forKind, "Choose it for " + listed(kKinds, "or"))
-        ->check(CLI::IsMember(kKinds));
-    CLI::App& none = command(calendars, "none", "Write no events of a kind",
+    choose.add_option("KIND", kind, listedAlternatives(kKinds))->required()->check(oneOf(kKinds));
+    choose.add_option("CALENDAR", calendar, translated("Its title or UID"))->required();
+    CLI::App& create =
+        command(calendars, "create", translated("Create a calendar"), [this](auto& s) {
+          createCalendarCommand(s, title,
+                                forKind ? std::optional(chosenKind(*forKind)) : std::nullopt);
+        });
+    create.add_option("TITLE", title, translated("Its title"))->required();
+    create
+        .add_option("--for", forKind, translated("Choose it for {1}", listedAlternatives(kKinds)))
+        ->check(oneOf(kKinds));
+    CLI::App& none = command(calendars, "none", translated("Write no events of a kind"),
                              [this](auto& s) { noCalendarCommand(s, chosenKind(kind)); });
-    none.add_option("KIND", kind, listed(kKinds, "or"))->required()->check(CLI::IsMember(kKinds));
+    none.add_option("KIND", kind, listedAlternatives(kKinds))->required()->check(oneOf(kKinds));
   }
 
   void addSettings() {
     CLI::App& settingsApp =
-        command(app, "settings", "Show and change settings", [this](CommandSession& s) {
+        command(app, "settings", translated("Show and change settings"), [this](CommandSession& s) {
           if (key.empty()) return settingsCommand(s);
           if (reset) return resetSettingCommand(s, key);
           if (values.empty()) return showSettingCommand(s, key);
           setSettingCommand(s, key, values);
         });
-    settingsApp.add_option("KEY", key, "The setting");
-    settingsApp.add_flag("--reset", reset, "Go back to the default");
+    settingsApp.add_option("KEY", key, translated("The setting"));
+    settingsApp.add_flag("--reset", reset, translated("Go back to the default"));
     // The words of a value stay as they are: CLI11 would take "[a,b]" for two.
     settingsApp.fallthrough(false)->allow_extras();
-    settingsApp.add_flag("--json", json, "Results as JSON");
-    settingsApp.footer("VALUE ... after KEY sets it.");
+    settingsApp.add_flag("--json", json, translated("Results as JSON"));
+    settingsApp.footer(translated("VALUE ... after KEY sets it."));
     valued = &settingsApp;
-    CLI::App& alarms = command(app, "alarms", "List, add and remove alarms", alarmsCommand);
+    CLI::App& alarms =
+        command(app, "alarms", translated("List, add and remove alarms"), alarmsCommand);
     alarms.require_subcommand(0, 1);
-    CLI::App& add = command(alarms, "add", "Add an alarm to every event", [this](auto& s) {
-      alarm.kind = alarmKindOfWord(alarmKind).value();
-      alarm.dates = chosenKind(alarmDates);
-      addAlarmCommand(s, alarm);
-    });
-    add.add_option("KIND", alarmKind, listed(kAlarms, "or"))
+    CLI::App& add =
+        command(alarms, "add", translated("Add an alarm to every event"), [this](auto& s) {
+          alarm.kind = alarmKindOfWord(alarmKind).value();
+          alarm.dates = chosenKind(alarmDates);
+          addAlarmCommand(s, alarm);
+        });
+    add.add_option("KIND", alarmKind, listedAlternatives(kAlarms))
         ->required()
-        ->check(CLI::IsMember(kAlarms));
-    add.add_option("--days", alarm.days, "Days before the date")->check(CLI::Range(0, 3650));
-    add.add_option("--time", alarm.time, "Time of day, such as 08:00");
-    add.add_option("--for", alarmDates, listed(kKinds, "or"))->check(CLI::IsMember(kKinds));
-    command(alarms, "remove", "Remove an alarm", [this](auto& s) { removeAlarmCommand(s, number); })
-        .add_option("NUMBER", number, "Its number in the list")
+        ->check(oneOf(kAlarms));
+    add.add_option("--days", alarm.days, translated("Days before the date"))
+        ->check(numberFrom(0, 3650));
+    add.add_option("--time", alarm.time, translated("Time of day, such as 08:00"));
+    add.add_option("--for", alarmDates, listedAlternatives(kKinds))->check(oneOf(kKinds));
+    command(alarms, "remove", translated("Remove an alarm"),
+            [this](auto& s) { removeAlarmCommand(s, number); })
+        .add_option("NUMBER", number, translated("Its number in the list"))
         ->required();
   }
 
   void addRuns() {
-    command(app, "preview", "Show what a run would change, and change nothing", previewCommand);
-    command(app, "run", "Bring the calendars up to date", runCommand);
-    CLI::App& lists = command(app, "list", "List the coming events", [this](auto& s) {
+    command(app, "preview", translated("Show what a run would change, and change nothing"),
+            previewCommand);
+    command(app, "run", translated("Bring the calendars up to date"), runCommand);
+    CLI::App& lists = command(app, "list", translated("List the coming events"), [this](auto& s) {
       listCommand(s, from.empty() ? std::nullopt : std::optional(from), days);
     });
-    lists.add_option("--from", from, "First day, such as 2026-06-10 (today)");
-    lists.add_option("--days", days, "Number of days")->check(CLI::Range(1, 36500));
-    command(app, "status", "Show how things stand", statusCommand);
-    command(app, "on", "Switch the agent on", onCommand);
-    command(app, "off", "Switch the agent off and take its events out", offCommand);
+    lists.add_option("--from", from, translated("First day, such as 2026-06-10 (today)"));
+    lists.add_option("--days", days, translated("Number of days"))->check(numberFrom(1, 36500));
+    command(app, "status", translated("Show how things stand"), statusCommand);
+    command(app, "on", translated("Switch the agent on"), onCommand);
+    command(app, "off", translated("Switch the agent off and take its events out"), offCommand);
   }
 
   void addService() {
-    CLI::App& service = command(app, "service", "Let runs start by themselves (systemd)");
+    CLI::App& service =
+        command(app, "service", translated("Let runs start by themselves (systemd)"));
     service.require_subcommand(0, 1);
-    service.add_flag("--print", print, "Show the units");
+    service.add_flag("--print", print, translated("Show the units"));
     actions.emplace(&service, [this](CommandSession& s) {
       if (!print)
-        throw Refusal{"say \"service install\", \"service remove\" or \"service --print\""};
+        throw Refusal{
+            translated("say \"service install\", \"service remove\" or \"service --print\"")};
       printServiceCommand(s);
     });
-    command(service, "install", "Install the units and start them",
+    command(service, "install", translated("Install the units and start them"),
             [this](auto& s) { print ? printServiceCommand(s) : installServiceCommand(s); });
-    command(service, "remove", "Stop the units and remove them",
+    command(service, "remove", translated("Stop the units and remove them"),
             [this](auto& s) { print ? printServiceCommand(s) : removeServiceCommand(s); });
-    command(app, "completions", "Print the completion script of a shell",
+    command(app, "completions", translated("Print the completion script of a shell"),
             [this](CommandSession& s) { s.console.out << completionScript(shell); })
-        .add_option("SHELL", shell, "bash, zsh or fish")
+        .add_option("SHELL", shell, listedAlternatives(kShells))
         ->required()
-        ->check(CLI::IsMember(kShells));
+        ->check(oneOf(kShells));
   }
 
   [[nodiscard]] std::vector<std::string> valuesFor(CommandSession& session, const std::string& path,
@@ -186,9 +176,10 @@ struct CommandLine::State {
 
 CommandLine::CommandLine() : state_(std::make_unique<State>()) {
   CLI::App& app = state_->app;
+  translateHelp(app);
   app.require_subcommand(1, 1);
-  app.set_version_flag("--version", kVersion);
-  app.add_flag("--json", state_->json, "Results as JSON");
+  app.set_version_flag("--version", kVersion, translated("Print the version and exit"));
+  app.add_flag("--json", state_->json, translated("Results as JSON"));
   state_->addContacts();
   state_->addCalendars();
   state_->addSettings();
@@ -206,15 +197,19 @@ CommandLine::Outcome CommandLine::parse(const std::vector<std::string>& words, s
     state_->values = state_->valued->remaining();
     for (const std::string& value : state_->values) {
       if (!value.starts_with("--")) continue;
-      throw CLI::ParseError("there is no option \"" + value + '"', CLI::ExitCodes::ExtrasError);
+      throw CLI::ParseError(translated("there is no option \"{1}\"", value),
+                            CLI::ExitCodes::ExtrasError);
     }
     return Outcome::command;
   } catch (const CLI::Success& success) {  // Help and version.
     state_->app.exit(success, out, err);
     return Outcome::done;
   } catch (const CLI::ParseError& error) {
-    err << "annivo: " << printable(problem(state_->app, error)) << " (\""
-        << fullName(commandOf(state_->app)) << " --help\" says more)\n";
+    // TRANSLATORS: {1} is what is wrong, {2} a command.
+    err << "annivo: "
+        << translated("{1} (\"{2} --help\" says more)", printable(problem(state_->app, error)),
+                      fullName(commandOf(state_->app)))
+        << '\n';
     return Outcome::usage;
   }
 }

@@ -11,18 +11,16 @@ PropertyList dateValue(const ContactDateRecord& record, Platform& platform) {
   return PropertyList::Dictionary{
       {"label", record.dateType},
       {"shown", platform.localizedString(record.dateType, "")},
-      {"date", record.thisDate
-                   ? PropertyList(shownDay(*record.thisDate, platform.defaultTimeZone()))
-                   : PropertyList()},
+      {"date", record.thisDate ? PropertyList(isoDay(*record.thisDate, platform.defaultTimeZone()))
+                               : PropertyList()},
       {"uid", record.dateUID}};
 }
 
 std::string dateText(const ContactDateRecord& record, Platform& platform) {
-  const std::string label = record.dateType == kNull
-                                ? std::string("(no label)")
-                                : platform.localizedString(record.dateType, "");
-  return (record.thisDate ? shownDay(*record.thisDate, platform.defaultTimeZone()) : "no date") +
-         ' ' + label;
+  const std::string day = record.thisDate ? shownDay(*record.thisDate, platform.defaultTimeZone())
+                                          : translated("no date");
+  // TRANSLATORS: a date of a person: {1} is the day, {2} what is on it ("birthday").
+  return translated("{1} {2}", day, shownLabel(record.dateType, platform));
 }
 
 }  // namespace
@@ -40,20 +38,23 @@ void peopleCommand(CommandSession& session) {
     }
     return console.writeJSON(list);
   }
-  std::vector<std::vector<std::string>> rows{{"NAME", "DATES", "UID"}};
+  std::vector<std::vector<std::string>> rows{
+      {translated("NAME"), translated("DATES"), translated("UID")}};
   std::size_t dates = 0;
   for (const ListedPerson& person : people) {
-    std::string all;
-    for (const auto& record : person.dates) {
-      all += (all.empty() ? "" : ", ") + dateText(record, session.platform);
-    }
+    std::vector<std::string> all;
+    for (const auto& record : person.dates) all.push_back(dateText(record, session.platform));
     dates += person.dates.size();
-    rows.push_back({person.name, all, person.uid});
+    rows.push_back({person.name, listed(all), person.uid});
   }
   if (!people.empty()) console.table(rows);
+  const std::string peopleCount = counted(people.size(), "{1} person", "{1} people");
+  const std::string dateCount = counted(dates, "{1} date", "{1} dates");
   const bool nobody = people.empty() && !session.platform.application().presentedFailure();
-  console.line(counted(people.size(), "person", "people") + ", " + counted(dates, "date", "dates") +
-               '.' + (nobody ? " \"annivo import\" brings in vCards." : ""));
+  // TRANSLATORS: {1} is "3 people", {2} is "4 dates".
+  console.line(
+      nobody ? translated("{1}, {2}. \"annivo import\" brings in vCards.", peopleCount, dateCount)
+             : translated("{1}, {2}.", peopleCount, dateCount));
 }
 
 void groupsCommand(CommandSession& session) {
@@ -68,12 +69,13 @@ void groupsCommand(CommandSession& session) {
     }
     return console.writeJSON(list);
   }
-  std::vector<std::vector<std::string>> rows{{"GROUP", "PEOPLE WITH DATES", "UID"}};
+  std::vector<std::vector<std::string>> rows{
+      {translated("GROUP"), translated("PEOPLE WITH DATES"), translated("UID")}};
   for (const ListedGroup& group : groups) {
     rows.push_back({group.name, std::to_string(group.people), group.uid});
   }
   if (!groups.empty()) console.table(rows);
-  console.line(counted(groups.size(), "group", "groups") + '.');
+  console.line(counted(groups.size(), "{1} group.", "{1} groups."));
 }
 
 void labelsCommand(CommandSession& session) {
@@ -88,12 +90,13 @@ void labelsCommand(CommandSession& session) {
     }
     return console.writeJSON(list);
   }
-  std::vector<std::vector<std::string>> rows{{"LABEL", "DATES", "STORED AS"}};
+  std::vector<std::vector<std::string>> rows{
+      {translated("LABEL"), translated("DATES"), translated("STORED AS")}};
   for (const ListedLabel& label : labels) {
     rows.push_back({label.shown, std::to_string(label.dates), label.dateType});
   }
   if (!labels.empty()) console.table(rows);
-  console.line(counted(labels.size(), "label", "labels") + '.');
+  console.line(counted(labels.size(), "{1} label.", "{1} labels."));
 }
 
 }  // namespace annivo

@@ -18,11 +18,23 @@ PropertyList asList(const std::vector<LeftOut>& leftOut) {
   return list;
 }
 
-void showLeftOut(const Console& console, const std::vector<LeftOut>& leftOut, const char* what) {
+void showLeftOut(const Console& console, const std::vector<LeftOut>& leftOut,
+                 const std::string& what) {
   for (const LeftOut& item : leftOut) {
     console.line(console.styled(what, Style::yellow) + ' ' + printable(item.where) + ": " +
                  printable(item.reason));
   }
+}
+
+std::string summary(const ImportReport& report, const std::string& source) {
+  const std::string people = counted(report.people, "{1} person", "{1} people");
+  const std::string dates = counted(report.dates, "{1} date", "{1} dates");
+  const std::string groups = counted(report.groups, "{1} group", "{1} groups");
+  // TRANSLATORS: {1} is a name, {2} "3 people", {3} "4 dates", {4} "1 group".
+  return report.changed
+             ? translated("Source \"{1}\": {2}, {3}, {4}.", source, people, dates, groups)
+             : translated("Source \"{1}\": {2}, {3}, {4}; nothing has changed.", source, people,
+                          dates, groups);
 }
 
 }  // namespace
@@ -47,13 +59,9 @@ void importCommand(CommandSession& session, const ImportRequest& request) {
                                  {"skippedDates", asList(report->skippedDates)}});
     return;
   }
-  showLeftOut(console, report->skippedCards, "skipped card");
-  showLeftOut(console, report->skippedDates, "skipped date");
-  console.line("Source \"" + printable(request.source) +
-               "\": " + counted(report->people, "person", "people") + ", " +
-               counted(report->dates, "date", "dates") + ", " +
-               counted(report->groups, "group", "groups") +
-               (report->changed ? "." : "; nothing has changed."));
+  showLeftOut(console, report->skippedCards, translated("skipped card"));
+  showLeftOut(console, report->skippedDates, translated("skipped date"));
+  console.line(summary(*report, printable(request.source)));
 }
 
 }  // namespace annivo

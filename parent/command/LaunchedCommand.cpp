@@ -50,9 +50,10 @@ void launchedCommand(CommandSession& session) {
   storeChoices(session, {{keys::kSULastCheckTime, platform.clock().now()}});
   if (!item) return;
   NSAlert alert;
-  alert.messageText = "Annivo 2 " + printable(item->displayVersion) + " is out";
-  alert.informativeText = item->url.empty() ? "A newer version than yours has been published."
-                                            : "It can be had at " + printable(item->url);
+  alert.messageText = translated("Annivo 2 {1} is out", printable(item->displayVersion));
+  alert.informativeText = item->url.empty()
+                              ? translated("A newer version than yours has been published.")
+                              : translated("It can be had at {1}", printable(item->url));
   platform.alerts().runModal(alert);
 }
 

@@ -23,13 +23,13 @@ Date parseDay(const std::string& text, const NSTimeZone& zone) {
   const std::chrono::year_month_day civil{std::chrono::year(year), std::chrono::month(month),
                                           std::chrono::day(day)};
   if (!formed || year < 1 || !civil.ok()) {
-    throw Refusal{"\"" + text + "\" is no day such as 2026-06-10"};
+    throw Refusal{translated("\"{1}\" is no day such as 2026-06-10", text)};
   }
   return zone.date({.year = year, .month = static_cast<int>(month), .day = static_cast<int>(day)});
 }
 
 std::string triggerText(double seconds) {
-  if (seconds == 0) return "at the start of the day";
+  if (seconds == 0) return translated("at the start of the day");
   const auto whole = static_cast<std::int64_t>(seconds);
   // The day before the event's on which the alarm falls, and its time of day.
   std::int64_t days = whole / 86400;
@@ -41,14 +41,20 @@ std::string triggerText(double seconds) {
   char clock[16];
   std::snprintf(clock, sizeof clock, "%02d:%02d", static_cast<int>(time / 3600),
                 static_cast<int>(time / 60 % 60));
-  if (days == 0) return std::string("on the day at ") + clock;
-  const auto count = static_cast<std::size_t>(days < 0 ? -days : days);
-  return counted(count, "day", "days") + (days < 0 ? " before at " : " after at ") + clock;
+  return alarmTime(-days, clock);
 }
 
 std::string alarmText(const CalAlarm& alarm) {
-  return std::string(alarmWord(alarmKindOf(alarm))) + ' ' +
-         (alarm.relativeTrigger ? triggerText(*alarm.relativeTrigger) : "");
+  const std::string kind = alarmWord(alarmKindOf(alarm));
+  if (!alarm.relativeTrigger) return kind;
+  // TRANSLATORS: {1} is "message", "email", "sound" or "file", {2} "2 days before at 08:00".
+  return translated("{1} {2}", kind, triggerText(*alarm.relativeTrigger));
+}
+
+PropertyList alarmFact(const CalAlarm& alarm) {
+  return PropertyList::Dictionary{
+      {"kind", alarmWord(alarmKindOf(alarm))},
+      {"seconds", alarm.relativeTrigger ? PropertyList(*alarm.relativeTrigger) : PropertyList()}};
 }
 
 }  // namespace
@@ -56,7 +62,7 @@ std::string alarmText(const CalAlarm& alarm) {
 void listCommand(CommandSession& session, const std::optional<std::string>& from, int days) {
   Platform& platform = session.platform;
   const NSTimeZone& zone = platform.defaultTimeZone();
-  if (days < 1 || days > 36500) throw Refusal{"give 1 to 36500 days"};
+  if (days < 1 || days > 36500) throw Refusal{translated("give 1 to 36500 days")};
   CivilTime day = zone.civil(from ? parseDay(*from, zone) : platform.clock().now());
   day = {.year = day.year, .month = day.month, .day = day.day};
   const Date start = zone.date(day);
@@ -77,19 +83,20 @@ void listCommand(CommandSession& session, const std::optional<std::string>& from
 
   const Console& console = session.console;
   PropertyList::Array values;
-  std::vector<std::vector<std::string>> rows{{"DATE", "EVENT", "CALENDAR", "ALARMS"}};
+  std::vector<std::vector<std::string>> rows{
+      {translated("DATE"), translated("EVENT"), translated("CALENDAR"), translated("ALARMS")}};
   for (const auto& event : events) {
     PropertyList::Array alarmValues;
-    std::string alarms;
+    std::vector<std::string> alarms;
     for (const CalAlarm& alarm : event->alarms()) {
-      alarms += (alarms.empty() ? "" : "; ") + alarmText(alarm);
-      alarmValues.emplace_back(alarmText(alarm));
+      alarms.push_back(alarmText(alarm));
+      alarmValues.push_back(alarmFact(alarm));
     }
-    const std::string date = event->startDate() ? shownDay(*event->startDate(), zone) : "";
+    const auto date = event->startDate();
     const std::string title = event->title().value_or("");
     const std::string calendar = event->calendar() ? event->calendar()->title() : "";
-    rows.push_back({date, title, calendar, alarms});
-    values.push_back(PropertyList::Dictionary{{"date", date},
+    rows.push_back({date ? shownDay(*date, zone) : "", title, calendar, listedPhrases(alarms)});
+    values.push_back(PropertyList::Dictionary{{"date", date ? isoDay(*date, zone) : ""},
                                               {"title", title},
                                               {"calendar", calendar},
                                               {"alarms", alarmValues},
@@ -97,7 +104,7 @@ void listCommand(CommandSession& session, const std::optional<std::string>& from
   }
   if (console.json) return console.writeJSON(values);
   if (!events.empty()) console.table(rows);
-  console.line(counted(events.size(), "event", "events") + '.');
+  console.line(counted(events.size(), "{1} event.", "{1} events."));
 }
 
 }  // namespace annivo

@@ -37,7 +37,7 @@ class ConsoleAlerts final : public Alerts {
 int inSession(const ProgramStart& start, Console& console, bool launched,
               const std::function<void(CommandSession&)>& action) {
   const std::string home = start.environment("HOME");
-  if (!home.starts_with('/')) throw Refusal{"HOME is not set to your home folder"};
+  if (!home.starts_with('/')) throw Refusal{translated("HOME is not set to your home folder")};
   const PosixFileManager files;
   const std::string parent = NSBundle::enclosing(files, start.executable).bundlePath();
   PlatformParts parts = agentParts(standardizedPath(home), agentExecutable(files, parent),
@@ -57,7 +57,7 @@ int inSession(const ProgramStart& start, Console& console, bool launched,
                          console};
   action(session);
   console.out.flush();
-  if (!console.out) throw Refusal{"the results could not be written"};
+  if (!console.out) throw Refusal{translated("the results could not be written")};
   return platform.application().presentedFailure() ? 1 : 0;
 }
 

@@ -11,7 +11,7 @@ namespace {
 /// Asks the person's service manager; what it answers when it fails.
 std::optional<std::string> systemctl(CommandSession& session, std::vector<std::string> arguments) {
   const auto program = programInPath("systemctl", session.environment("PATH"));
-  if (!program) return "systemctl is not there";
+  if (!program) return translated("systemctl is not there");
   arguments.insert(arguments.begin(), "--user");
   const auto ended = runProcess(*program, arguments);
   if (!ended) return ended.error().description;
@@ -46,12 +46,14 @@ void installServiceCommand(CommandSession& session) {
   if (!failure) failure = systemctl(session, enable);
   if (!failure) failure = systemctl(session, {"restart", enable[2], enable[3]});
   if (failure) {
-    throw Refusal{"the units are written, but the service manager did not take them (" +
-                  printable(*failure) +
-                  "); \"systemctl --user enable --now annivo-agent.service annivo-agent.timer "
-                  "annivo-agent.path\" does it"};
+    throw Refusal{translated(
+        "the units are written, but the service manager did not take them ({1}); \"{2}\" does it",
+        printable(*failure),
+        "systemctl --user enable --now annivo-agent.service annivo-agent.timer "
+        "annivo-agent.path")};
   }
-  session.console.note("The agent runs at login, daily, and when contacts or calendars change.");
+  session.console.note(
+      translated("The agent runs at login, daily, and when contacts or calendars change."));
 }
 
 void removeServiceCommand(CommandSession& session) {
@@ -63,7 +65,7 @@ void removeServiceCommand(CommandSession& session) {
     any |= session.platform.fileManager().fileExistsAtPath(unitFolder(session) + '/' + unit.name);
   }
   if (!any) {
-    session.console.note("The service is not installed.");
+    session.console.note(translated("The service is not installed."));
     return;
   }
   (void)systemctl(session, disable);  // Without a service manager there is nothing to stop.
@@ -75,7 +77,7 @@ void removeServiceCommand(CommandSession& session) {
     }
   }
   (void)systemctl(session, {"daemon-reload"});
-  session.console.note("The service is removed; \"annivo run\" still runs the agent.");
+  session.console.note(translated("The service is removed; \"annivo run\" still runs the agent."));
 }
 
 void printServiceCommand(CommandSession& session) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "base/Unicode.h"
 #include "parent/command/Commands.h"
 #include "parent/runs/AgentProcess.h"
 #include "parent/runs/OverlayFileManager.h"
@@ -28,19 +29,30 @@ myController::Decision nextDecision(CommandSession& session) {
 
 struct NextRun {
   const char* word;
-  const char* sentence;
+  std::string sentence;
 };
 
 NextRun nextRun(CommandSession& session) {
   switch (nextDecision(session)) {
     case myController::Decision::emptyCalendars:
-      return {"empty", "takes all events out of the calendars"};
+      return {"empty", translated("takes all events out of the calendars")};
     case myController::Decision::pass:
-      return {"pass", "brings the calendars up to date (\"annivo preview\" shows how)"};
+      return {"pass", translated("brings the calendars up to date (\"annivo preview\" shows how)")};
     case myController::Decision::nothingToUpdate:
       break;
   }
-  return {"nothing", "does nothing: nothing has changed since the last one"};
+  return {"nothing", translated("does nothing: nothing has changed since the last one")};
+}
+
+/// Names and values side by side.
+void showRows(const Console& console,
+              const std::vector<std::pair<std::string, std::string>>& rows) {
+  std::size_t width = 0;
+  for (const auto& [name, value] : rows) width = std::max(width, columnsOf(name));
+  for (const auto& [name, value] : rows) {
+    const std::string space(width - columnsOf(name) + 1, ' ');
+    console.line(console.styled(name, Style::bold) + space + value);
+  }
 }
 
 }  // namespace
@@ -48,40 +60,41 @@ NextRun nextRun(CommandSession& session) {
 void statusCommand(CommandSession& session) {
   const Console& console = session.console;
   const auto value = [&](const char* name) { return settingNamed(name).show(session); };
+  const auto fact = [&](const char* name) { return settingNamed(name).fact(session); };
   const NextRun next = nextRun(session);
   const bool service = serviceIsInstalled(session);
-  const PropertyList lastRun =
-      session.platform.standardUserDefaults().objectForKey(keys::kLastUpdate);
   if (console.json) {
     return console.writeJSON(
-        PropertyList::Dictionary{{"agent", value("agent")},
-                                 {"lastRun", lastRun},
-                                 {"birthdayCalendar", value("birthday-calendar")},
-                                 {"anniversaryCalendar", value("anniversary-calendar")},
-                                 {"group", value("group")},
+        PropertyList::Dictionary{{"agent", fact("agent")},
+                                 {"lastRun", fact("last-run")},
+                                 {"birthdayCalendar", fact("birthday-calendar")},
+                                 {"anniversaryCalendar", fact("anniversary-calendar")},
+                                 {"group", fact("group")},
                                  {"nextRun", next.word},
                                  {"service", service}});
   }
-  const bool on = value("agent") == "on";
-  const auto row = [&](const char* name, const std::string& text) {
-    console.line(console.styled(name, Style::bold) + text);
-  };
-  row("Agent:         ", console.styled(on ? "on" : "off", on ? Style::green : Style::yellow));
-  row("Last run:      ", value("last-run"));
-  row("Birthdays:     ", printable(value("birthday-calendar")));
-  row("Anniversaries: ", printable(value("anniversary-calendar")));
-  row("Group:         ", printable(value("group")));
-  row("Next run:      ", next.sentence);
-  row("Service:       ",
-      service ? "installed"
-              : "not installed; \"annivo service install\" lets runs start by themselves");
+  const bool on = *fact("agent").boolean();
+  const std::string agent = on ? console.styled(translated("on"), Style::green)
+                               : console.styled(translated("off"), Style::yellow);
+  showRows(console,
+           {{translated("Agent:"), agent},
+            {translated("Last run:"), value("last-run")},
+            {translated("Birthdays:"), printable(value("birthday-calendar"))},
+            {translated("Anniversaries:"), printable(value("anniversary-calendar"))},
+            {translated("Group:"), printable(value("group"))},
+            {translated("Next run:"), next.sentence},
+            {translated("Service:"),
+             service ? translated("installed")
+                     : translated("not installed; \"annivo service install\" lets runs start by "
+                                  "themselves")}});
 }
 
 void onCommand(CommandSession& session) {
   // The order to empty the calendars would win over the switch.
   settingNamed("empty-calendars").reset(session);
   settingNamed("agent").set(session, {"on"});
-  session.console.note("The agent is on; \"annivo run\" brings the calendars up to date now.");
+  session.console.note(
+      translated("The agent is on; \"annivo run\" brings the calendars up to date now."));
 }
 
 void offCommand(CommandSession& session) {
@@ -91,9 +104,9 @@ void offCommand(CommandSession& session) {
     session.console.writeJSON(
         changesAsPropertyList(run.changes, session.platform.defaultTimeZone()));
   } else {
-    session.console.line("The agent is off; " +
-                         counted(run.changes.removed.size(), "event was", "events were") +
-                         " taken out of the calendars.");
+    session.console.line(counted(run.changes.removed.size(),
+                                 "The agent is off; {1} event was taken out of the calendars.",
+                                 "The agent is off; {1} events were taken out of the calendars."));
   }
   refuseIfFailed(run);
 }

@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <iostream>
 
+#include "base/Translation.h"
 #include "parent/command/Program.h"
+#include "parent/settings/Session.h"
 #include "platform/foundation/ProcessStart.h"
 
 int main(int argc, char** argv) {
@@ -22,6 +24,8 @@ int main(int argc, char** argv) {
   start.words.assign(argv + (argc > 0 ? 1 : 0), argv + argc);
   start.environment = environment;
   start.outTerminal = isatty(STDOUT_FILENO) == 1;
+  annivo::chooseLanguage(annivo::catalogueLanguages(environment),
+                         annivo::textsFolder(start.executable));
   annivo::Console console{.out = std::cout,
                           .err = std::cerr,
                           .colours = start.outTerminal && environment("NO_COLOR").empty() &&

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <map>
 
+#include "base/Translation.h"
 #include "codecs/icalendar/EventFile.h"
 #include "parent/runs/OurEvents.h"
 #include "parent/runs/OverlayFileManager.h"
@@ -52,10 +53,16 @@ bool runAndWait(const std::string& executable) {
   const auto ended = runProcessInForeground(executable, {});
   if (!ended) throw Refusal{ended.error().description};
   if (ended->signal == 0 && ended->status <= 1) return ended->status == 1;
-  throw Refusal{"the agent did not end well (" +
-                (ended->signal == 0 ? "exit status " + std::to_string(ended->status)
-                                    : "signal " + std::to_string(ended->signal)) +
-                "); its messages say why, and \"annivo run\" tries again"};
+  if (ended->signal == 0) {
+    throw Refusal{
+        translated("the agent did not end well (exit status {1}); its messages say why, and "
+                   "\"annivo run\" tries again",
+                   std::to_string(ended->status))};
+  }
+  throw Refusal{
+      translated("the agent did not end well (signal {1}); its messages say why, and "
+                 "\"annivo run\" tries again",
+                 std::to_string(ended->signal))};
 }
 
 /// When a new version was last looked for, as the file has it now.
@@ -76,11 +83,11 @@ bool runToItsEnd(Session& session, const std::string& executable) {
   AnvCalPrefs prefs(session.platform);
   const PropertyList& interval = prefs.prefs()[keys::kSUScheduledCheckInterval];
   if (!interval.isNil() && interval.integerValue() < 1) {
-    throw Refusal{
+    throw Refusal{translated(
         "a new version is out, and at every run the agent only tells of it; \"annivo settings "
-        "update-interval daily\" lets it do its work"};
+        "update-interval daily\" lets it do its work")};
   }
-  session.note("A new version of Annivo 2 is out; the application tells where.");
+  session.note(translated("A new version of Annivo 2 is out; the application tells where."));
   storeChoices(session, {{keys::kSULastCheckTime, session.platform.clock().now()}});
   return runAndWait(executable) || failed;
 }
@@ -121,9 +128,9 @@ AgentRun runAgent(Session& session) {
 
 void refuseIfFailed(const AgentRun& run) {
   if (run.presentedFailure) {
-    throw Refusal{
-        "the agent met a failure, which its messages name; what it could do is done, and \"annivo "
-        "run\" tries again"};
+    throw Refusal{translated(
+        "the agent met a failure, which its messages name; what it could do is done, and "
+        "\"annivo run\" tries again")};
   }
 }
 

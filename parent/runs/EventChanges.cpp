@@ -82,19 +82,18 @@ class State {
   std::map<Key, FoundEvent> events_;
 };
 
-EventChange changeOf(const FoundEvent& found, std::string what = {}) {
+EventChange changeOf(const FoundEvent& found) {
   return {.date = found.event->startDate().value_or(Date()),
           .title = found.event->title().value_or(""),
           .calendar = found.calendar,
-          .uid = found.event->uid(),
-          .what = std::move(what)};
+          .uid = found.event->uid()};
 }
 
-std::string differences(const CalEvent& before, const CalEvent& after) {
-  std::string what;
-  if (before.title() != after.title()) what = "was \"" + before.title().value_or("") + '"';
-  if (before.alarms() != after.alarms()) what += what.empty() ? "alarms" : ", alarms";
-  return what.empty() ? "details" : what;
+EventChange changeOf(const FoundEvent& found, const CalEvent& before) {
+  EventChange change = changeOf(found);
+  if (before.title() != found.event->title()) change.oldTitle = before.title().value_or("");
+  change.alarmsChanged = before.alarms() != found.event->alarms();
+  return change;
 }
 
 void sort(std::vector<EventChange>& list) {
@@ -106,11 +105,12 @@ void sort(std::vector<EventChange>& list) {
 PropertyList listValue(const std::vector<EventChange>& list, const NSTimeZone& zone) {
   PropertyList::Array values;
   for (const EventChange& change : list) {
-    PropertyList::Dictionary value{{"date", shownDay(change.date, zone)},
+    PropertyList::Dictionary value{{"date", isoDay(change.date, zone)},
                                    {"title", change.title},
                                    {"calendar", change.calendar},
                                    {"uid", change.uid}};
-    if (!change.what.empty()) value.emplace("what", change.what);
+    if (change.oldTitle) value.emplace("oldTitle", *change.oldTitle);
+    if (change.alarmsChanged) value.emplace("alarmsChanged", true);
     values.emplace_back(std::move(value));
   }
   return values;
@@ -156,7 +156,7 @@ EventChanges eventChanges(Platform& platform, NSFileManager& before, NSFileManag
     if (was == old.events().end()) {
       changes.added.push_back(changeOf(is));
     } else if (was->second.text != is.text) {
-      changes.changed.push_back(changeOf(is, differences(*was->second.event, *is.event)));
+      changes.changed.push_back(changeOf(is, *was->second.event));
     }
   }
   for (const auto& [key, was] : old.events()) {

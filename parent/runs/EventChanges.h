@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,9 @@ struct EventChange {
   std::string title;
   std::string calendar;  ///< its title
   std::string uid;
-  std::string what;  ///< for a change: what changed, "was \"Ann: 45th birthday\"", "alarms"
+  // For a change; where neither is set, other details changed.
+  std::optional<std::string> oldTitle;  ///< where the title changed
+  bool alarmsChanged = false;
 };
 
 /// The three lists, each by date and title.

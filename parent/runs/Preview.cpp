@@ -48,64 +48,67 @@ class NoLauncher final : public Launcher {
 /// Why contact dates yield no event, by the choices in force after the run.
 class Reasons {
  public:
-  Reasons(Platform& platform, ZPKAddressBookDates& dates)
-      : platform_(platform), prefs_(platform), dates_(dates) {
-    birthdays_ = calendarProblem(CalendarType::birthdays, "birthdays");
-    others_ = calendarProblem(CalendarType::anniversaries, "anniversaries and other dates");
-  }
+  using Reason = DateWithoutEvent::Reason;
 
-  std::string of(const ContactDateRecord& record, bool isBirthday) {
+  Reasons(Platform& platform, ZPKAddressBookDates& dates)
+      : platform_(platform),
+        prefs_(platform),
+        dates_(dates),
+        birthdays_(calendarProblem(CalendarType::birthdays)),
+        others_(calendarProblem(CalendarType::anniversaries)) {}
+
+  std::optional<Reason> of(const ContactDateRecord& record, CalendarType kind) {
     const std::string& group = dates_.filterGroupID();
     if (!group.empty() &&
         std::find(record.groups.begin(), record.groups.end(), group) == record.groups.end()) {
-      return "the person is not in the chosen group";
+      return Reason::notInGroup;
     }
     if (!dates_.filterLabels().empty() && dates_.filterArrayByLabels({record}).empty()) {
-      return "its label is excluded";
+      return Reason::labelExcluded;
     }
-    const std::string& problem = isBirthday ? birthdays_ : others_;
-    if (!problem.empty()) return problem;
-    if (!record.thisDate) return "the date is missing";
+    const auto& problem = kind == CalendarType::birthdays ? birthdays_ : others_;
+    if (problem) return problem;
+    if (!record.thisDate) return Reason::noDay;
     const Date now = platform_.clock().now();
     if (*record.thisDate > now &&
         occurrences(*record.thisDate, now, platform_.defaultTimeZone()).empty()) {
-      return "the date lies too far in the future";
+      return Reason::tooFarAhead;
     }
-    return "";
+    return std::nullopt;
   }
 
  private:
-  std::string calendarProblem(CalendarType type, const std::string& kind) {
+  std::optional<Reason> calendarProblem(CalendarType type) {
     const std::string uid = prefs_.text(textsOf(type).uidKey);
-    if (uid.empty()) return "no calendar is chosen for " + kind;
+    if (uid.empty()) return Reason::noCalendar;
     const auto calendar = platform_.defaultCalendarStore().calendarWithUID(uid);
-    if (!calendar) return "the calendar for " + kind + " is not there";
-    return calendar->isEditable() ? "" : "the calendar for " + kind + " cannot be written";
+    if (!calendar) return Reason::calendarMissing;
+    return calendar->isEditable() ? std::nullopt : std::optional(Reason::calendarLocked);
   }
 
   Platform& platform_;
   AnvCalPrefs prefs_;
   ZPKAddressBookDates& dates_;
-  std::string birthdays_, others_;
+  std::optional<Reason> birthdays_, others_;
 };
 
-std::vector<LeftOut> datesLeftOut(Platform& platform, ZPKAddressBookDates& dates) {
-  std::vector<LeftOut> leftOut;
+std::vector<DateWithoutEvent> datesLeftOut(Platform& platform, ZPKAddressBookDates& dates) {
+  std::vector<DateWithoutEvent> leftOut;
   Reasons reasons(platform, dates);
   ZPKQueryAddressBook& book = dates.addressBook();
-  const auto examine = [&](const std::vector<ContactDateRecord>& records, bool birthdays) {
+  const auto examine = [&](const std::vector<ContactDateRecord>& records, CalendarType kind) {
     for (const ContactDateRecord& record : records) {
-      std::string why = reasons.of(record, birthdays);
-      if (why.empty()) continue;
-      const std::string label =
-          record.dateType == kNull ? "(no label)" : platform.localizedString(record.dateType, "");
-      const std::string day =
-          record.thisDate ? ' ' + shownDay(*record.thisDate, platform.defaultTimeZone()) : "";
-      leftOut.push_back({personName(record) + ", " + label + day, std::move(why)});
+      const auto why = reasons.of(record, kind);
+      if (!why) continue;
+      leftOut.push_back({.person = personName(record),
+                         .label = shownLabel(record.dateType, platform),
+                         .date = record.thisDate,
+                         .kind = kind,
+                         .reason = *why});
     }
   };
-  examine(book.birthdayDates(), true);
-  examine(book.anniversaryDates(), false);
+  examine(book.birthdayDates(), CalendarType::birthdays);
+  examine(book.anniversaryDates(), CalendarType::anniversaries);
   return leftOut;
 }
 
@@ -178,8 +181,8 @@ Preview previewRun(Session& session) {
   const int status = platform.application().main(platform.mainBundle(), agent);
   // One that presented a failure is shown with it.
   if (status != 0 && !cameToItsEnd) {
-    throw Refusal{"the agent cannot run" +
-                  (lines.empty() ? std::string() : ": " + printable(lines.back()))};
+    throw Refusal{lines.empty() ? translated("the agent cannot run")
+                                : translated("the agent cannot run: {1}", printable(lines.back()))};
   }
   preview.presentedFailure = platform.application().presentedFailure();
   preview.changes = eventChanges(real, real.fileManager(), files, files.changedFiles());

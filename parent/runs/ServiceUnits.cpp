@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "base/Translation.h"
+
 namespace annivo {
 
 namespace {
@@ -119,8 +121,8 @@ void refreshService(Session& session) {
   if (auto written = files.writeAtomically(path, unit.text); !written) {
     throw Refusal{written.error().description};
   }
-  session.note(
-      "The service watches new folders after \"annivo service install\" or the next login.");
+  session.note(translated(
+      "The service watches new folders after \"annivo service install\" or the next login."));
 }
 
 }  // namespace annivo

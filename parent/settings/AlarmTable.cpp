@@ -110,13 +110,13 @@ Result<PropertyList> withAlarm(const PropertyList& table, const ListedAlarm& ala
                                const NSTimeZone& zone) {
   const auto kind = alarmKindOfWord(alarm.kind);
   if (!kind) {
-    return reason("there is no alarm \"" + alarm.kind + "\"; there are " +
-                  listed(alarmWords(), "and"));
+    return reason(translated("there is no alarm \"{1}\"; there are {2}", alarm.kind,
+                             listedAll(alarmWords())));
   }
   const auto time = parseTime(alarm.time);
-  if (!time) return reason("\"" + alarm.time + "\" is no time of day such as 08:00");
+  if (!time) return reason(translated("\"{1}\" is no time of day such as 08:00", alarm.time));
   if (alarm.days < 0 || alarm.days > kMostDays) {
-    return reason("an alarm comes 0 to 3650 days before the date");
+    return reason(translated("an alarm comes 0 to 3650 days before the date"));
   }
   for (const ListedAlarm& there : listedAlarms(table, zone)) {
     if (there.kind == alarm.kind && there.days == alarm.days && parseTime(there.time) == time &&
@@ -141,29 +141,55 @@ Result<PropertyList> withAlarm(const PropertyList& table, const ListedAlarm& ala
                                    {keys::kRowAnni, alarm.anniversaries}};
     return PropertyList(rows);
   }
-  return reason("all five alarms are in use; \"annivo alarms remove NUMBER\" frees one");
+  return reason(
+      translated("all five alarms are in use; \"annivo alarms remove NUMBER\" frees one"));
 }
 
 Result<PropertyList> withoutAlarm(const PropertyList& table, int number) {
   PropertyList::Array rows = rowsOf(table);
   if (number < 1 || static_cast<std::size_t>(number) > rows.size() ||
       isFree(rows[static_cast<std::size_t>(number) - 1])) {
-    return reason("there is no alarm " + std::to_string(number) +
-                  "; \"annivo alarms\" lists those there are");
+    return reason(translated("there is no alarm {1}; \"annivo alarms\" lists those there are",
+                             std::to_string(number)));
   }
   PropertyList& row = rows[static_cast<std::size_t>(number) - 1];
   row = freeRow(row[keys::kRowTime]);
   return PropertyList(rows);
 }
 
+std::string alarmTime(std::int64_t daysBefore, const std::string& time) {
+  if (daysBefore == 0) return translated("on the day at {1}", time);
+  // TRANSLATORS: when an alarm comes: {1} is the number of days, {2} a time of day.
+  if (daysBefore > 0) {
+    return counted(static_cast<std::size_t>(daysBefore), "{1} day before at {2}",
+                   "{1} days before at {2}", time);
+  }
+  return counted(static_cast<std::size_t>(-daysBefore), "{1} day after at {2}",
+                 "{1} days after at {2}", time);
+}
+
 std::string alarmText(const ListedAlarm& alarm) {
-  std::string text = alarm.kind + ' ';
-  text += alarm.days == 0
-              ? "on the day"
-              : counted(static_cast<std::size_t>(alarm.days), "day", "days") + " before";
-  text += " at " + alarm.time + ", for ";
-  if (alarm.birthdays && alarm.anniversaries) return text + "birthdays and anniversaries";
-  return text + (alarm.birthdays ? "birthdays" : alarm.anniversaries ? "anniversaries" : "nothing");
+  const std::string when = alarmTime(alarm.days, alarm.time);
+  // TRANSLATORS: {1} is "message", "email", "sound" or "file", {2} "2 days before at 08:00".
+  if (alarm.birthdays && alarm.anniversaries) {
+    return translated("{1} {2}, for birthdays and anniversaries", alarm.kind, when);
+  }
+  if (alarm.birthdays) return translated("{1} {2}, for birthdays", alarm.kind, when);
+  if (alarm.anniversaries) return translated("{1} {2}, for anniversaries", alarm.kind, when);
+  return translated("{1} {2}, for nothing", alarm.kind, when);
+}
+
+PropertyList alarmsFact(const std::vector<ListedAlarm>& alarms) {
+  PropertyList::Array list;
+  for (const ListedAlarm& alarm : alarms) {
+    list.push_back(PropertyList::Dictionary{{"number", alarm.number},
+                                            {"kind", alarm.kind},
+                                            {"days", alarm.days},
+                                            {"time", alarm.time},
+                                            {"birthdays", alarm.birthdays},
+                                            {"anniversaries", alarm.anniversaries}});
+  }
+  return list;
 }
 
 }  // namespace annivo

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,7 +37,11 @@ struct ListedAlarm {
                                              Date now, const NSTimeZone& zone);
 /// The table with the row of that number free.
 [[nodiscard]] Result<PropertyList> withoutAlarm(const PropertyList& table, int number);
+/// "2 days before at 08:00"; negative days are after the date.
+[[nodiscard]] std::string alarmTime(std::int64_t daysBefore, const std::string& time);
 /// "email 2 days before at 08:00, for birthdays".
 [[nodiscard]] std::string alarmText(const ListedAlarm& alarm);
+/// The alarms for programs: a list of dictionaries.
+[[nodiscard]] PropertyList alarmsFact(const std::vector<ListedAlarm>& alarms);
 
 }  // namespace annivo

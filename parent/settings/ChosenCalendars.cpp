@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/Unicode.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -28,15 +29,16 @@ Calendar findCalendar(Session& session, const std::string& wanted) {
   }
   const std::vector<Calendar>& found = exact.empty() ? folded : exact;
   if (found.empty()) {
-    throw Refusal{"there is no calendar \"" + wanted +
-                  "\"; \"annivo calendars\" lists those there are, \"annivo calendars create\" "
-                  "makes one"};
+    throw Refusal{
+        translated("there is no calendar \"{1}\"; \"annivo calendars\" lists those there are, "
+                   "\"annivo calendars create\" makes one",
+                   wanted)};
   }
   if (found.size() > 1) {
-    std::string uids;
-    for (const Calendar& calendar : found) uids += (uids.empty() ? "" : ", ") + calendar->uid();
-    throw Refusal{"several calendars are called \"" + wanted +
-                  "\"; give one of their UIDs: " + uids};
+    std::vector<std::string> uids;
+    for (const Calendar& calendar : found) uids.push_back(calendar->uid());
+    throw Refusal{translated("several calendars are called \"{1}\"; give one of their UIDs: {2}",
+                             wanted, listed(uids))};
   }
   return found.front();
 }
@@ -79,7 +81,8 @@ std::shared_ptr<CalCalendar> chooseCalendar(Session& session, DateKind kind,
                                             const std::string& calendar) {
   Calendar found = findCalendar(session, calendar);
   if (!found->isEditable()) {
-    throw Refusal{"the calendar \"" + found->title() + "\" cannot be written; choose another"};
+    throw Refusal{
+        translated("the calendar \"{1}\" cannot be written; choose another", found->title())};
   }
   choose(session, kind, ChosenCalendar{found->uid(), found->title()});
   return found;

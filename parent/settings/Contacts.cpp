@@ -5,13 +5,14 @@
 #include <set>
 #include <unordered_map>
 
+#include "base/Translation.h"
+
 namespace annivo {
 
 namespace {
 
 constexpr const char* kModel =
     "/System/Library/Frameworks/AddressBook.framework/Versions/A/Resources/ABAddressBook.momd";
-constexpr const char* kNoName = "(no name)";
 
 std::string joined(std::initializer_list<std::string_view> parts) {
   std::string text;
@@ -26,7 +27,7 @@ std::string nameOf(const NSManagedObject& contact) {
   std::string name = joined({text("firstName"), text("middleName"), text("lastName")});
   if (name.empty()) name = text("organization");
   if (name.empty()) name = text("nickname");
-  return name.empty() ? kNoName : name;
+  return name.empty() ? translated("(no name)") : name;
 }
 
 /// Adds everybody in a store whom `known` does not hold. A store that cannot be read was reported
@@ -97,9 +98,7 @@ std::vector<ListedLabel> Contacts::labels() {
   for (const ContactDateRecord& record : records()) {
     const auto [place, isNew] = places.emplace(record.dateType, labels.size());
     if (isNew) {
-      const std::string shown =
-          record.dateType == kNull ? "(no label)" : platform_.localizedString(record.dateType, "");
-      labels.push_back({record.dateType, shown, 0});
+      labels.push_back({record.dateType, shownLabel(record.dateType, platform_), 0});
     }
     ++labels[place->second].dates;
   }
@@ -115,7 +114,11 @@ std::string personName(const ContactDateRecord& record) {
   std::string name = joined({record.firstName, record.middleName, record.lastName});
   if (name.empty()) name = joined({record.organization});
   if (name.empty()) name = joined({record.nickName});
-  return name.empty() ? kNoName : name;
+  return name.empty() ? translated("(no name)") : name;
+}
+
+std::string shownLabel(const std::string& dateType, Platform& platform) {
+  return dateType == kNull ? translated("(no label)") : platform.localizedString(dateType, "");
 }
 
 }  // namespace annivo

@@ -50,5 +50,7 @@ class Contacts {
 
 /// The name of a record's person, as a card shows it; "(no name)" for none.
 [[nodiscard]] std::string personName(const ContactDateRecord& record);
+/// A date type in the person's language; "(no label)" for none.
+[[nodiscard]] std::string shownLabel(const std::string& dateType, Platform& platform);
 
 }  // namespace annivo

@@ -34,8 +34,17 @@ std::vector<std::string> dateKindWords() {
   return words;
 }
 
-std::string dateKindText(DateKind kind) {
-  return kind == DateKind::both ? "birthdays and anniversaries" : dateKindWord(kind);
+const char* textFor(DateKind kind, const char* birthdays, const char* anniversaries,
+                    const char* both) {
+  switch (kind) {
+    case DateKind::birthdays:
+      return birthdays;
+    case DateKind::anniversaries:
+      return anniversaries;
+    case DateKind::both:
+      break;
+  }
+  return both;
 }
 
 DateKind dateKindOf(CalendarType type) {

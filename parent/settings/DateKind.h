@@ -17,8 +17,10 @@ enum class DateKind { birthdays, anniversaries, both };
 [[nodiscard]] const char* dateKindWord(DateKind kind);
 [[nodiscard]] std::optional<DateKind> dateKindOfWord(std::string_view word);
 [[nodiscard]] std::vector<std::string> dateKindWords();
-/// In a sentence: "birthdays and anniversaries" for both.
-[[nodiscard]] std::string dateKindText(DateKind kind);
+/// Of three texts the one for that kind: a sentence about birthdays, one about anniversaries, one
+/// about both.
+[[nodiscard]] const char* textFor(DateKind kind, const char* birthdays, const char* anniversaries,
+                                  const char* both);
 
 [[nodiscard]] DateKind dateKindOf(CalendarType type);
 [[nodiscard]] bool includes(DateKind kind, CalendarType type);

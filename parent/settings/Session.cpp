@@ -10,6 +10,11 @@ std::string parentBundlePath(const Session& session) {
   return NSBundle::enclosing(session.platform.fileManager(), session.executable).bundlePath();
 }
 
+std::string textsFolder(const std::string& executable) {
+  const PosixFileManager files;
+  return NSBundle::enclosing(files, executable).bundlePath() + "/Contents/Resources/locale";
+}
+
 std::string agentExecutable(const NSFileManager& files, const std::string& parentBundle) {
   return NSBundle(files, parentBundle + "/Contents/Helpers/AnnivoAgent.app").executablePath();
 }

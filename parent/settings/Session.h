@@ -27,6 +27,8 @@ struct Session {
 
 /// The bundle that holds this program, "Annivo 2.app".
 [[nodiscard]] std::string parentBundlePath(const Session& session);
+/// Where the bundle that holds `executable` keeps the catalogues of texts.
+[[nodiscard]] std::string textsFolder(const std::string& executable);
 /// The agent's executable in the parent's bundle.
 [[nodiscard]] std::string agentExecutable(const NSFileManager& files,
                                           const std::string& parentBundle);

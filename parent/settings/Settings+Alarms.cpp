@@ -4,6 +4,7 @@
 
 #include "parent/settings/AlarmTable.h"
 #include "parent/settings/Settings.h"
+#include "parent/settings/Words.h"
 #include "run/AnvCalPrefs.h"
 
 namespace annivo {
@@ -15,39 +16,40 @@ bool hasControlCharacters(const std::string& text) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
 }
 
-const std::string& oneWord(const std::vector<std::string>& words, const char* what) {
+const std::string& oneWord(const std::vector<std::string>& words, const char* refusal) {
   if (words.size() != 1 || words.front().empty() || hasControlCharacters(words.front())) {
-    throw Refusal{std::string("give ") + what};
+    throw Refusal{translated(refusal)};
   }
   return words.front();
 }
 
 void setEmail(Session& session, const std::vector<std::string>& words) {
-  const std::string& address = oneWord(words, "one e-mail address");
+  const std::string& address = oneWord(words, toTranslate("give one e-mail address"));
   const auto at = address.find('@');
   if (at == 0 || at == address.npos || at + 1 == address.size() ||
       address.find('@', at + 1) != address.npos || address.find(' ') != address.npos) {
-    throw Refusal{"\"" + address + "\" is no e-mail address"};
+    throw Refusal{translated("\"{1}\" is no e-mail address", address)};
   }
   storeChoices(session, {{keys::kSetEmail, address}});
 }
 
 void setFile(Session& session, const std::vector<std::string>& words) {
-  std::string path = oneWord(words, "one path");
+  std::string path = oneWord(words, toTranslate("give one path"));
   if (path == "~" || path.starts_with("~/")) {
     path.replace(0, 1, session.platform.homeDirectory());
   }
   path = standardizedPath(std::filesystem::absolute(path).string());
   if (!session.platform.fileManager().fileExistsAtPath(path)) {
-    throw Refusal{"there is no file " + path + " for the alarm to open"};
+    throw Refusal{translated("there is no file {1} for the alarm to open", path)};
   }
   storeChoices(session, {{keys::kAlarmFilePath, path}});
 }
 
-Setting textSetting(const char* name, const char* key, const char* help) {
+Setting textSetting(const char* name, const char* key, std::string help) {
   return {.name = name,
-          .help = help,
+          .help = std::move(help),
           .show = [key](Session& session) { return AnvCalPrefs(session.platform).text(key); },
+          .fact = [key](Session& session) { return AnvCalPrefs(session.platform).prefs()[key]; },
           .set = {},
           .reset =
               [key](Session& session) {
@@ -61,16 +63,22 @@ Setting textSetting(const char* name, const char* key, const char* help) {
 std::vector<Setting> alarmSettings() {
   Setting alarms{
       .name = "alarms",
-      .help = "the alarms of events; \"annivo alarms add\" and \"remove\" change them",
+      .help = translated("the alarms of events; \"annivo alarms add\" and \"remove\" change them"),
       .show =
           [](Session& session) {
             AnvCalPrefs prefs(session.platform);
-            std::string text;
+            std::vector<std::string> texts;
             for (const ListedAlarm& alarm : listedAlarms(prefs.prefs()[keys::kAlarmTable],
                                                          session.platform.defaultTimeZone())) {
-              text += (text.empty() ? "" : "; ") + alarmText(alarm);
+              texts.push_back(alarmText(alarm));
             }
-            return text.empty() ? "none" : text;
+            return texts.empty() ? "none" : listedPhrases(texts);
+          },
+      .fact =
+          [](Session& session) {
+            AnvCalPrefs prefs(session.platform);
+            return alarmsFact(
+                listedAlarms(prefs.prefs()[keys::kAlarmTable], session.platform.defaultTimeZone()));
           },
       .set = {},
       .reset =
@@ -78,18 +86,22 @@ std::vector<Setting> alarmSettings() {
             storeChoices(session, {{keys::kAlarmTable, PropertyList()}});
           },
       .values = {}};
-  Setting email = textSetting("email", keys::kSetEmail, "the address that e-mail alarms go to");
+  Setting email =
+      textSetting("email", keys::kSetEmail, translated("the address that e-mail alarms go to"));
   email.set = setEmail;
-  Setting sound = textSetting("sound", keys::kSelectedSystemSound, "the sound of sound alarms");
+  Setting sound =
+      textSetting("sound", keys::kSelectedSystemSound, translated("the sound of sound alarms"));
   sound.set = [](Session& session, const std::vector<std::string>& words) {
-    storeChoices(session, {{keys::kSelectedSystemSound, oneWord(words, "the name of one sound")}});
+    storeChoices(session, {{keys::kSelectedSystemSound,
+                            oneWord(words, toTranslate("give the name of one sound"))}});
   };
   sound.values = [](Session&) {
     return std::vector<std::string>{"Basso", "Blow",   "Bottle",    "Frog", "Funk",
                                     "Glass", "Hero",   "Morse",     "Ping", "Pop",
                                     "Purr",  "Sosumi", "Submarine", "Tink"};
   };
-  Setting file = textSetting("file", keys::kAlarmFilePath, "the file that file alarms open");
+  Setting file =
+      textSetting("file", keys::kAlarmFilePath, translated("the file that file alarms open"));
   file.set = setFile;
   return {std::move(alarms), std::move(email), std::move(sound), std::move(file)};
 }

@@ -5,6 +5,7 @@
 #include "contacts/ZPKAddressBookDates.h"
 #include "parent/settings/Contacts.h"
 #include "parent/settings/Settings.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -24,15 +25,26 @@ std::string shownGroup(Session& session) {
   for (const ListedGroup& group : Contacts(session.platform).groups()) {
     if (group.uid == uid) return group.name;
   }
-  return uid + (session.platform.application().presentedFailure()
-                    ? " (not all contacts could be read)"
-                    : " (there is no such group any more)");
+  return session.platform.application().presentedFailure()
+             ? translated("{1} (not all contacts could be read)", uid)
+             : translated("{1} (there is no such group any more)", uid);
+}
+
+PropertyList groupFact(Session& session) {
+  const std::string uid = stored(session, keys::kSelectedGroupUID).stringOr("");
+  if (uid.empty()) return {};
+  for (const ListedGroup& group : Contacts(session.platform).groups()) {
+    if (group.uid == uid) {
+      return PropertyList::Dictionary{{"name", group.name}, {"uid", uid}, {"exists", true}};
+    }
+  }
+  return PropertyList::Dictionary{{"uid", uid}, {"exists", false}};
 }
 
 /// Nothing is said to be missing where it could not be looked for.
 void refuseIfUnread(Session& session) {
   if (session.platform.application().presentedFailure()) {
-    throw Refusal{"not all contacts could be read; nothing is changed"};
+    throw Refusal{translated("not all contacts could be read; nothing is changed")};
   }
 }
 
@@ -44,18 +56,22 @@ ListedGroup findGroup(Session& session, const std::string& wanted) {
   }
   if (named.empty()) {
     refuseIfUnread(session);
-    throw Refusal{"there is no group \"" + wanted + "\"; \"annivo groups\" lists those there are"};
+    throw Refusal{
+        translated("there is no group \"{1}\"; \"annivo groups\" lists those there are", wanted)};
   }
   if (named.size() > 1) {
-    std::string uids;
-    for (const ListedGroup& group : named) uids += (uids.empty() ? "" : ", ") + group.uid;
-    throw Refusal{"several groups are called \"" + wanted + "\"; give one of their UIDs: " + uids};
+    std::vector<std::string> uids;
+    for (const ListedGroup& group : named) uids.push_back(group.uid);
+    throw Refusal{translated("several groups are called \"{1}\"; give one of their UIDs: {2}",
+                             wanted, listed(uids))};
   }
   return named.front();
 }
 
 void setGroup(Session& session, const std::vector<std::string>& words) {
-  if (words.size() != 1) throw Refusal{"give one group (quote a name of several words), or all"};
+  if (words.size() != 1) {
+    throw Refusal{translated("give one group (quote a name of several words), or all")};
+  }
   if (words.front() == "all") {
     return storeChoices(session, {{keys::kSelectedGroupUID, PropertyList()},
                                   {keys::kSelectedGroup, PropertyList()}});
@@ -65,12 +81,17 @@ void setGroup(Session& session, const std::vector<std::string>& words) {
 }
 
 std::string shownLabels(Session& session) {
-  std::string text;
+  std::vector<std::string> shown;
   ZPKAddressBookDates dates(session.platform);
   for (const std::string& label : dates.filterLabels()) {
-    text += (text.empty() ? "" : ", ") + session.platform.localizedString(label, "");
+    shown.push_back(session.platform.localizedString(label, ""));
   }
-  return text.empty() ? "none" : text;
+  return shown.empty() ? "none" : listed(shown);
+}
+
+PropertyList labelsFact(Session& session) {
+  ZPKAddressBookDates dates(session.platform);
+  return PropertyList::Array(dates.filterLabels().begin(), dates.filterLabels().end());
 }
 
 void setLabels(Session& session, const std::vector<std::string>& words) {
@@ -85,8 +106,8 @@ void setLabels(Session& session, const std::vector<std::string>& words) {
     });
     if (found == labels.end()) {
       refuseIfUnread(session);
-      throw Refusal{"no date has the label \"" + word +
-                    "\"; \"annivo labels\" lists those there are"};
+      throw Refusal{translated(
+          "no date has the label \"{1}\"; \"annivo labels\" lists those there are", word)};
     }
     chosen.emplace_back(found->dateType);
   }
@@ -97,8 +118,9 @@ void setLabels(Session& session, const std::vector<std::string>& words) {
 
 std::vector<Setting> contactSettings() {
   return {{.name = "group",
-           .help = "whose dates are taken: a group with its subgroups, or all",
+           .help = translated("whose dates are taken: a group with its subgroups, or all"),
            .show = shownGroup,
+           .fact = groupFact,
            .set = setGroup,
            .reset = [](Session& session) { setGroup(session, {"all"}); },
            .values =
@@ -110,8 +132,9 @@ std::vector<Setting> contactSettings() {
                  return names;
                }},
           {.name = "excluded-labels",
-           .help = "dates that are left out, by their labels, or none",
+           .help = translated("dates that are left out, by their labels, or none"),
            .show = shownLabels,
+           .fact = labelsFact,
            .set = setLabels,
            .reset = [](Session& session) { setLabels(session, {"none"}); },
            .values =

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "base/Translation.h"
 #include "parent/settings/Settings.h"
 #include "parent/settings/TitleChoice.h"
 #include "run/AnvCalPrefs.h"
@@ -10,7 +11,8 @@ namespace {
 Setting titleSetting(const std::string& name, CalendarType type) {
   const char* key = textsOf(type).titleTemplateKey;
   return {.name = name,
-          .help = "the title of events, such as \"{first name} {last name}: {ordinal age} {type}\"",
+          .help = translated(
+              "the title of events, such as \"{first name} {last name}: {ordinal age} {type}\""),
           .show =
               [key, type](Session& session) {
                 AnvCalPrefs prefs(session.platform);
@@ -18,6 +20,14 @@ Setting titleSetting(const std::string& name, CalendarType type) {
                 return templateText(titleFormat) + "  (\"" +
                        exampleTitle(session.platform, type, titleFormat) + "\")";
               },
+          .fact = [key, type](Session& session) -> PropertyList {
+            AnvCalPrefs prefs(session.platform);
+            const auto titleFormat = prefs.texts(key);
+            return PropertyList::Dictionary{
+                {"elements", PropertyList::Array(titleFormat.begin(), titleFormat.end())},
+                {"template", templateText(titleFormat)},
+                {"example", exampleTitle(session.platform, type, titleFormat)}};
+          },
           .set =
               [key](Session& session, const std::vector<std::string>& words) {
                 const auto elements = templateFromWords(words);

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "parent/settings/ChosenCalendars.h"
+#include "parent/settings/Words.h"
 
 namespace annivo {
 
@@ -12,7 +13,9 @@ namespace {
 Setting calendarSetting(const std::string& name, CalendarType type) {
   const DateKind kind = dateKindOf(type);
   return {.name = name,
-          .help = "the calendar for " + dateKindText(kind) + ": its title or UID, or none",
+          .help = translated(textFor(
+              kind, toTranslate("the calendar for birthdays: its title or UID, or none"),
+              toTranslate("the calendar for anniversaries: its title or UID, or none"), "")),
           .show =
               [type](Session& session) {
                 AnvCalPrefs prefs(session.platform);
@@ -22,11 +25,24 @@ Setting calendarSetting(const std::string& name, CalendarType type) {
                 if (!calendar) return std::string("none");
                 const auto found =
                     session.platform.defaultCalendarStore().calendarWithUID(calendar->uid);
-                return found ? found->title() : calendar->title + " (the next run makes it)";
+                return found ? found->title()
+                             : translated("{1} (the next run makes it)", calendar->title);
               },
+          .fact = [type](Session& session) -> PropertyList {
+            AnvCalPrefs prefs(session.platform);
+            const ChosenCalendars chosen = chosenCalendars(prefs);
+            const auto& calendar =
+                type == CalendarType::birthdays ? chosen.birthdays : chosen.anniversaries;
+            if (!calendar) return {};
+            const auto found =
+                session.platform.defaultCalendarStore().calendarWithUID(calendar->uid);
+            return PropertyList::Dictionary{{"title", found ? found->title() : calendar->title},
+                                            {"uid", calendar->uid},
+                                            {"exists", found != nullptr}};
+          },
           .set =
               [kind](Session& session, const std::vector<std::string>& words) {
-                if (words.size() != 1) throw Refusal{"give one calendar"};
+                if (words.size() != 1) throw Refusal{translated("give one calendar")};
                 if (words.front() == "none") return chooseNoCalendar(session, kind);
                 chooseCalendar(session, kind, words.front());
               },
@@ -56,12 +72,12 @@ const std::vector<Setting>& settings() {
 }
 
 const Setting& settingNamed(const std::string& name) {
-  std::string names;
+  std::vector<std::string> names;
   for (const Setting& setting : settings()) {
     if (setting.name == name) return setting;
-    names += (names.empty() ? "" : ", ") + setting.name;
+    names.push_back(setting.name);
   }
-  throw Refusal{"there is no setting \"" + name + "\"; there are " + names};
+  throw Refusal{translated("there is no setting \"{1}\"; there are {2}", name, listed(names))};
 }
 
 }  // namespace annivo

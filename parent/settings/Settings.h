@@ -15,6 +15,8 @@ struct Setting {
   std::string help;  ///< what it is, and what values it takes
   /// The value in force, for people.
   std::function<std::string(Session&)> show;
+  /// The same for programs, in every language alike.
+  std::function<PropertyList(Session&)> fact;
   /// Checks and stores a value of one or more words; throws Refusal. Absent: it cannot be set.
   std::function<void(Session&, const std::vector<std::string>&)> set;
   /// Back to the default; absent where there is nothing to go back to.

@@ -5,6 +5,7 @@
 
 #include "base/Reason.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "contacts/ZPKAddressBookDates.h"
 #include "format/Occurrences.h"
 #include "format/SpecialCharacters.h"
@@ -51,8 +52,9 @@ Result<void> addLiteral(std::string_view text, std::vector<std::string>& element
   const std::string_view literal = trimmed(text);
   if (literal.empty()) return {};
   if (isToken(literal)) {
-    return reason("the word \"" + std::string(literal) +
-                  "\" alone stands for the value; put it in braces, or beside another word");
+    return reason(translated(
+        "the word \"{1}\" alone stands for the value; put it in braces, or beside another word",
+        literal));
   }
   elements.emplace_back(literal);
   return {};
@@ -64,12 +66,13 @@ Result<void> addWithBraces(std::string_view text, std::vector<std::string>& elem
     if (auto added = addLiteral(text.substr(0, open), elements); !added) return added;
     if (open == text.npos) return {};
     const auto close = text.find('}', open);
-    if (close == text.npos) return reason("a brace is not closed in \"" + std::string(text) + '"');
+    if (close == text.npos) {
+      return reason(translated("a brace is not closed in \"{1}\"", text));
+    }
     const std::string_view name = text.substr(open + 1, close - open - 1);
     const std::string_view* token = tokenFor(name);
     if (!token) {
-      return reason("\"" + std::string(name) + "\" is no value of a title; there are " +
-                    tokenList());
+      return reason(translated("\"{1}\" is no value of a title; there are {2}", name, tokenList()));
     }
     elements.emplace_back(*token);
     text.remove_prefix(close + 1);
@@ -89,7 +92,9 @@ Result<std::vector<std::string>> templateFromWords(const std::vector<std::string
       return added.error();
     }
   }
-  if (elements.empty()) return reason("a title needs at least one value: " + tokenList());
+  if (elements.empty()) {
+    return reason(translated("a title needs at least one value: {1}", tokenList()));
+  }
   return elements;
 }
 

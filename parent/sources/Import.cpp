@@ -2,6 +2,7 @@
 #include "parent/sources/Import.h"
 
 #include "base/Reason.h"
+#include "parent/settings/Words.h"
 #include "parent/sources/SourceFolder.h"
 #include "parent/sources/VCardFiles.h"
 
@@ -55,12 +56,6 @@ Result<void> readAll(const std::vector<VCardFile>& files, CardReader& reader,
   return {};
 }
 
-std::string joined(const std::vector<std::string>& paths) {
-  std::string text;
-  for (const std::string& path : paths) text += (text.empty() ? "" : ", ") + path;
-  return text;
-}
-
 }  // namespace
 
 Result<ImportReport> importVCards(Platform& platform, const ImportRequest& request,
@@ -72,13 +67,16 @@ Result<ImportReport> importVCards(Platform& platform, const ImportRequest& reque
   CardReader reader(source, report);
   if (auto read = readAll(*files, reader, progress); !read) return read.error();
   if (source.people().empty()) {
-    std::string why =
-        "no vCard with a person in " + joined(request.paths) + "; the address book is as it was";
-    if (!report.skippedCards.empty()) {
-      why += " (" + report.skippedCards.front().where + ": " + report.skippedCards.front().reason +
-             ")";
+    const std::string paths = listed(request.paths);
+    if (report.skippedCards.empty()) {
+      return reason(
+          translated("no vCard with a person in {1}; the address book is as it was", paths));
     }
-    return reason(why);
+    const LeftOut& first = report.skippedCards.front();
+    // TRANSLATORS: {1} is one or more paths; {2} is a card that was not taken, {3} says why.
+    return reason(
+        translated("no vCard with a person in {1}; the address book is as it was ({2}: {3})", paths,
+                   first.where, first.reason));
   }
   auto folder = SourceFolder::named(platform, request.source);
   if (!folder) return folder.error();
@@ -88,8 +86,10 @@ Result<ImportReport> importVCards(Platform& platform, const ImportRequest& reque
   const std::string me = request.me.value_or(folder->me());
   const bool found = !me.empty() && source.setMe(me);
   if (request.me && !found) {
-    return reason("no card has the UID \"" + *request.me +
-                  "\"; the address book is as it was (annivo people lists the UIDs)");
+    return reason(
+        translated("no card has the UID \"{1}\"; the address book is as it was (annivo "
+                   "people lists the UIDs)",
+                   *request.me));
   }
   report.people = source.people().size();
   report.dates = source.dateCount();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "base/Translation.h"
 #include "parent/sources/LastingIdentifier.h"
 
 namespace annivo {
@@ -33,7 +34,7 @@ void addOnce(std::vector<std::size_t>& members, std::size_t member) {
 
 std::optional<std::string> ImportedSource::add(VCardContact contact, const std::string& text) {
   if (contact.isGroup) {
-    if (contact.groupName.empty()) return "the group has no name";
+    if (contact.groupName.empty()) return translated("the group has no name");
     const std::size_t group = groupNamed(contact.groupName);
     if (!contact.uid.empty()) {
       groups_[group].uniqueId = withSuffix(contact.uid, ":ABGroup");
@@ -44,10 +45,10 @@ std::optional<std::string> ImportedSource::add(VCardContact contact, const std::
   }
   if (contact.uid.empty()) {
     contact.uid = derivedUID(contact, text, peopleByUID_);
-    if (peopleByUID_.contains(contact.uid)) return "the same card came before";
+    if (peopleByUID_.contains(contact.uid)) return translated("the same card came before");
     withoutUID_.push_back(people_.size());
   } else if (peopleByUID_.contains(bareUID(contact.uid))) {
-    return "a card with the same UID came before";
+    return translated("a card with the same UID came before");
   }
   addPerson(std::move(contact));
   return std::nullopt;

@@ -7,6 +7,7 @@
 
 #include "base/Reason.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "codecs/vcard/VCardDate.h"
 #include "codecs/vcard/VCardText.h"
 #include "platform/addressbook/ABAddressBook.h"
@@ -50,7 +51,7 @@ class Reader {
     const StoredPerson& person = contact_.person;
     if (contact_.shownName.empty() && !contact_.isGroup && !person.birthday &&
         person.dates.empty()) {
-      return reason("the card names nobody");
+      return reason(translated("the card names nobody"));
     }
     return std::move(contact_);
   }
@@ -154,7 +155,7 @@ class Reader {
     if (!day || !*day) return day ? Result<void>() : day.error();
     auto& birthday = contact_.person.birthday;
     if (birthday && !sameDay(*birthday, **day)) {
-      contact_.leftOut.emplace_back("BDAY: the card has a birthday before this one");
+      contact_.leftOut.push_back(translated("BDAY: the card has a birthday before this one"));
     }
     if (!birthday) birthday = **day;
     return {};

@@ -15,6 +15,7 @@
 
 #include "base/Reason.h"
 #include "base/Text.h"
+#include "base/Translation.h"
 #include "codecs/vcard/VCardText.h"
 #include "platform/foundation/Descriptor.h"
 
@@ -101,7 +102,7 @@ Result<std::vector<VCardFile>> findVCardFiles(const std::vector<std::string>& pa
     } else if (S_ISREG(status.st_mode)) {
       files.push_back({path, static_cast<std::uint64_t>(status.st_size)});
     } else {
-      return reason(path + " is neither a file nor a folder");
+      return reason(translated("{1} is neither a file nor a folder", path));
     }
   }
   return files;

@@ -26,6 +26,27 @@ std::vector<std::string> split(const std::string& list) {
   return parts;
 }
 
+/// The first of the variables that is set.
+std::string languageVariable(const Environment& environment) {
+  for (const char* variable : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
+    if (std::string value = environment(variable); !value.empty()) return value;
+  }
+  return "";
+}
+
+/// A tag as catalogues are named: "pt-BR" and "pt_BR.UTF-8" as "pt_BR". The two scripts of Chinese
+/// have the names of the regions that write them.
+std::string catalogueName(std::string_view tag) {
+  const std::string language = bareLanguage(tag);
+  if (language == "zh-Hans") return "zh_CN";
+  if (language == "zh-Hant") return "zh_TW";
+  std::string name(tag.substr(0, tag.find('.')));
+  for (char& c : name) {
+    if (c == '-') c = '_';
+  }
+  return language.empty() ? "" : name;
+}
+
 }  // namespace
 
 std::string bareLanguage(std::string_view tag) {
@@ -49,20 +70,26 @@ std::vector<std::string> preferredLanguages(const PropertyList& appleLanguages,
     }
     if (!languages.empty()) return languages;
   }
-  for (const char* variable : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
-    const std::string value = environment(variable);
-    if (value.empty()) continue;
-    for (const std::string& tag : split(value)) {
-      std::string language = bareLanguage(tag);
-      if (!language.empty() &&
-          std::find(languages.begin(), languages.end(), language) == languages.end()) {
-        languages.push_back(std::move(language));
-      }
+  for (const std::string& tag : split(languageVariable(environment))) {
+    std::string language = bareLanguage(tag);
+    if (!language.empty() &&
+        std::find(languages.begin(), languages.end(), language) == languages.end()) {
+      languages.push_back(std::move(language));
     }
-    break;
   }
   if (languages.empty()) languages.emplace_back("en");
   return languages;
+}
+
+std::string catalogueLanguages(const Environment& environment) {
+  std::string names;
+  for (const std::string& tag : split(languageVariable(environment))) {
+    // English is what the texts are written in: there is no catalogue to be found for it, and none
+    // of a language after it is wanted.
+    if (bareLanguage(tag) == "en") break;
+    if (const std::string name = catalogueName(tag); !name.empty()) names += name + ':';
+  }
+  return names + "C";
 }
 
 }  // namespace annivo

@@ -24,4 +24,9 @@ using Environment = std::function<std::string(const char* name)>;
 [[nodiscard]] std::vector<std::string> preferredLanguages(const PropertyList& appleLanguages,
                                                           const Environment& environment);
 
+/// The languages of texts that people read, as gettext wants them in LANGUAGE: those of LANGUAGE,
+/// LC_ALL, LC_MESSAGES or LANG, the first that is set, ended by "C" at the first English one:
+/// "pt_BR:fr:C".
+[[nodiscard]] std::string catalogueLanguages(const Environment& environment);
+
 }  // namespace annivo

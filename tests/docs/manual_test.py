@@ -30,7 +30,7 @@ def names(story):
         if status != 0:
             sys.exit(help_text)
         found.update(re.findall(r"--[a-z]+", help_text))
-        commands = help_text.partition("Subcommands:\n")[2]
+        commands = help_text.partition("Commands:\n")[2]
         for name in re.findall(r"^  ([a-z]+)", commands, re.M):
             found.add(name)
             add(*command, name)

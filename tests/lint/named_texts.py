@@ -15,8 +15,8 @@ ORDINARY = {"type", "days", "time"}
 # The folders that only HomeFolders puts together, whatever they begin or end with.
 FOLDERS = re.compile(r'"[^"]*(Library/(Calendars|Preferences|Caches)|Application Support)')
 # What looks so and is none, with the reason.
-OTHERS = {("parent/command/AlarmsCommand.cpp", "days"): "a name in the command's JSON",
-          ("parent/command/AlarmsCommand.cpp", "time"): "a name in the command's JSON",
+OTHERS = {("parent/settings/AlarmTable.cpp", "days"): "a name in the command's JSON",
+          ("parent/settings/AlarmTable.cpp", "time"): "a name in the command's JSON",
           ("run/ZPKLimitSystem.cpp", "Annivo 2"): "the application's name",
           ("parent/command/Program.cpp", "Annivo 2"): "the application's name"}
 

@@ -115,8 +115,8 @@ TEST_F(RunCommands, ListAsJSON) {
   world.runAgent();
   const std::string list = world.done({"list", "--json"});
   EXPECT_TRUE(
-      list.starts_with("[\n  {\n    \"alarms\": [\n"
-                       "      \"message 2 days before at 08:00\"\n    ],\n"
+      list.starts_with("[\n  {\n    \"alarms\": [\n      {\n        \"kind\": \"message\",\n"
+                       "        \"seconds\": -144000\n      }\n    ],\n"
                        "    \"calendar\": \"Dates\",\n    \"date\": \"2027-06-10\",\n"
                        "    \"title\": "))
       << list;
@@ -156,7 +156,7 @@ TEST_F(RunCommands, StatusTellsWhatTheNextRunDoes) {
 
 TEST_F(RunCommands, StatusAsJSON) {
   const std::string never = world.done({"status", "--json"});
-  EXPECT_NE(never.find("  \"agent\": \"on\",\n"), std::string::npos) << never;
+  EXPECT_NE(never.find("  \"agent\": true,\n"), std::string::npos) << never;
   EXPECT_NE(never.find("  \"lastRun\": null,\n"), std::string::npos) << never;
   world.home.ownPreferences({{"lastUpdate", utc(2026, 11, 20, 7, 8)}});
   const std::string once = world.done({"status", "--json"});

@@ -54,30 +54,30 @@ INSTANTIATE_TEST_SUITE_P(
         Words{"OneWordTooMany",
               {"people", "extra"},
               "\"extra\" is a word too many (\"annivo people --help\" says more)"},
-        Words{"NoPath", {"import"}, "PATH is required (\"annivo import --help\" says more)"},
+        Words{"NoPath", {"import"}, "PATH is missing (\"annivo import --help\" says more)"},
         Words{"NoKind",
               {"calendars", "choose"},
-              "KIND is required (\"annivo calendars choose --help\" says more)"},
+              "KIND is missing (\"annivo calendars choose --help\" says more)"},
         Words{"NoShell",
               {"completions"},
-              "SHELL is required (\"annivo completions --help\" says more)"},
+              "SHELL is missing (\"annivo completions --help\" says more)"},
         Words{"NoOptionValue",
               {"list", "--from"},
               "--from needs a value (\"annivo list --help\" says more)"},
         Words{"OtherKind",
               {"calendars", "choose", "weekdays", "x"},
-              "KIND: weekdays not in {birthdays,anniversaries,both} (\"annivo calendars choose "
-              "--help\" says more)"},
+              "KIND: there is no \"weekdays\"; give birthdays, anniversaries or both (\"annivo "
+              "calendars choose --help\" says more)"},
         Words{"OtherAlarm",
               {"alarms", "add", "fax"},
-              "KIND: fax not in {message,email,sound,file} (\"annivo alarms add --help\" says "
-              "more)"},
+              "KIND: there is no \"fax\"; give message, email, sound or file (\"annivo alarms add "
+              "--help\" says more)"},
         Words{"NoNumber",
               {"alarms", "add", "message", "--days", "x"},
-              "--days: Value x not in range 0 to 3650 (\"annivo alarms add --help\" says more)"},
+              "--days: \"x\" is no number from 0 to 3650 (\"annivo alarms add --help\" says more)"},
         Words{"NoDays",
               {"list", "--days", "0"},
-              "--days: Value 0 not in range 1 to 36500 (\"annivo list --help\" says more)"}),
+              "--days: \"0\" is no number from 1 to 36500 (\"annivo list --help\" says more)"}),
     [](const auto& row) { return row.param.name; });
 
 TEST(Help, GoesToTheResults) {

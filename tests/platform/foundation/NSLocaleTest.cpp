@@ -51,5 +51,34 @@ TEST(PreferredLanguages, FallBackToTheFirstVariableThatIsSet) {
   }
 }
 
+TEST(CatalogueLanguages, AreThoseOfTheFirstVariableThatIsSet) {
+  struct Row {
+    std::map<std::string, std::string> environment;
+    const char* languages;
+  };
+  const Row rows[] = {
+      {{}, "C"},
+      {{{"LANG", "C"}}, "C"},
+      {{{"LANG", "POSIX"}}, "C"},
+      {{{"LANG", "C.UTF-8"}}, "C"},
+      {{{"LANG", "de_DE.UTF-8"}}, "de_DE:C"},
+      {{{"LANG", "de_DE@euro"}}, "de_DE@euro:C"},
+      {{{"LANG", "en_GB.UTF-8"}}, "C"},
+      {{{"LANG", "de_DE.UTF-8"}, {"LC_MESSAGES", "fr_FR.UTF-8"}}, "fr_FR:C"},
+      {{{"LC_MESSAGES", "fr_FR"}, {"LC_ALL", "it_IT"}}, "it_IT:C"},
+      {{{"LC_ALL", "it_IT"}, {"LANGUAGE", "nl"}}, "nl:C"},
+      {{{"LANGUAGE", "pt-BR:fr:en:de"}}, "pt_BR:fr:C"},
+      {{{"LANGUAGE", "zh-Hans"}}, "zh_CN:C"},
+      {{{"LANG", "zh_HK.UTF-8"}}, "zh_TW:C"},
+      {{{"LANGUAGE", "../../etc:de"}}, "de:C"},
+      {{{"LANGUAGE", "de/../../x"}}, "C"},
+      {{{"LANGUAGE", ":de:"}}, "de:C"},
+  };
+  for (Row row : rows) {
+    EXPECT_EQ(catalogueLanguages([&](const std::string& name) { return row.environment[name]; }),
+              row.languages);
+  }
+}
+
 }  // namespace
 }  // namespace annivo
