@@ -13,7 +13,7 @@ using Ledger = core_data_for_dates_AppDelegate::Ledger;
 
 namespace {
 
-/// The same for two identities that the ledger's fetch takes for one.
+/// Equal for identities that the ledger's fetch treats as one.
 std::string keyOf(const LedgerIdentity& identity) {
   std::string key = std::to_string(identity.date.time_since_epoch().count());
   key += '\0';
@@ -164,7 +164,7 @@ Recovery::Unrecorded Recovery::unrecordedEvents(const std::string& calendarUID) 
   return unrecorded;
 }
 
-/// Not where it lies on another day than the one we wrote: then somebody has made it his own.
+/// An event that was moved to another day is the user's.
 void Recovery::removeSecondEvent(CalEvent& event) {
   const NSTimeZone& zone = platform_.defaultTimeZone();
   const auto dayOf = [&](Date date) {

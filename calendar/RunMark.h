@@ -27,8 +27,8 @@ class RunMark {
   };
 
   /// `folder` is the ledger's, `otherFolder` the one that a run may have had to use in its place.
-  /// Looks whether the mark is in either; from the other, which anybody may write to, only that it
-  /// is there is taken.
+  /// Looks for the mark in both. The other folder is open to everybody, so only the mark's
+  /// existence is taken from there, not its content.
   RunMark(Platform& platform, std::string folder, const std::string& otherFolder);
 
   /// Whether an earlier run left the mark unsettled.

@@ -10,8 +10,8 @@ namespace annivo {
 
 namespace {
 
-/// Tells which UIDs are in a list. Those that are asked for in about the list's order, as the
-/// ledger's are, are found without a search.
+/// Answers whether a UID is in a list. UIDs asked for roughly in the list's order, as the ledger
+/// gives them, are found without a search.
 class RetainedUIDs {
  public:
   explicit RetainedUIDs(const std::vector<std::string>& list) : list_(list), next_(list.begin()) {}

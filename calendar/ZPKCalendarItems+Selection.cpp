@@ -50,10 +50,10 @@ void ZPKCalendarItems::setThisCalendarWithUIDForType(const std::string& title,
   logOptionally(platform_, "Using calendar ", thisCalendar_->title(), ".");
 }
 
-/// Puts the current target, a new one, into the store and its UID into the preferences.
+/// Saves the current target, which is new, and stores its UID in the preferences.
 void ZPKCalendarItems::makeCalendar(CalendarType type) {
   if (!mark_.beginChanges({{.uid = thisCalendar_->uid(), .key = textsOf(type).uidKey}})) return;
-  // Not the person's concern before an event fails to be saved into it.
+  // The person hears of it only when saving an event fails.
   if (const auto saved = myStore.saveCalendar(thisCalendar_); !saved) {
     platform_.log().write(saved.error().text());
     mark_.noteFailure(saved.error());

@@ -10,7 +10,8 @@ namespace annivo {
 
 namespace {
 
-/// Of one event. However it has to be encoded, its file and its record stay readable.
+/// The limit in bytes for one event's texts. Within it, file and record stay readable however the
+/// texts have to be encoded.
 constexpr std::size_t kLongestTexts = std::size_t{64} * 1024;
 
 bool containsAll(const std::vector<CalAlarm>& alarms, const std::vector<CalAlarm>& wanted) {
@@ -106,7 +107,7 @@ std::shared_ptr<CalEvent> ZPKCalendarItems::unrecordedOrBlankEvent(const LedgerI
 }
 
 void ZPKCalendarItems::expectBasicEvents(const std::vector<std::vector<BasicEvent>>& events) {
-  // What the first look into the ledger has to say belongs to the first event.
+  // The first fetch may present an error about the ledger; it should appear with the first event.
   if (!thisCalendar_ || !coreDataSpace->hasLedger()) return;
   std::vector<std::string> uids;
   for (const auto& ofOneDate : events) {
@@ -138,7 +139,7 @@ void ZPKCalendarItems::addBasicEvent(const BasicEvent& basic) {
   theRetainedEventUIDs.push_back(event->uid());
 }
 
-/// What neither ledger nor calendar could read back is not put into them. An event that is there
+/// An event that could not be read back from ledger and calendar is not written. An existing event
 /// stays as it is.
 void ZPKCalendarItems::refuseEvent(const BasicEvent& basic) {
   if (const auto* eventUID = recordedEventUID(basic)) theRetainedEventUIDs.push_back(*eventUID);

@@ -43,7 +43,7 @@ void ZPKCalendarItems::synchronizeCalendars() {
     platform_.log().write(done.error().text());
     mark_.noteFailure(done.error());
   };
-  // What the run that was cut off wrote or removed need not be on disk either.
+  // What an interrupted run wrote or removed may not be on disk either.
   if (mark_.wasFound()) check(platform_.fileManager().synchronize(calendarsFolder()));
   check(myStore.synchronize());
 }

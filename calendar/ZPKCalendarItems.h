@@ -83,10 +83,10 @@ class ZPKCalendarItems {
     std::string uid;  ///< of the source date
   };
   void addBasicEvent(const BasicEvent& event);
-  /// Tells that there will be events to add, so that the ledger is read meanwhile.
+  /// Announces that events will be added, so that the ledger can be read in the background.
   void expectLedger() { coreDataSpace->expectLedger(); }
-  /// Tells which events addBasicEvent will be given next but for those of the last call, so that
-  /// what the calendar holds of them is read meanwhile. Nothing else depends on it.
+  /// Announces the events that follow those of the last call, so that their files can be read in
+  /// the background. No result depends on it.
   void expectBasicEvents(const std::vector<std::vector<BasicEvent>>& events);
 
   // Removal.

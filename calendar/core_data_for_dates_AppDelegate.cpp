@@ -41,7 +41,7 @@ NSPersistentStoreCoordinator* core_data_for_dates_AppDelegate::persistentStoreCo
                           "; the event ledger is kept in " + folder);
   }
   NSFileManager& files = platform_.fileManager();
-  // The run goes on without it; the run's mark tries again.
+  // The run goes on without it; setting the run's mark tries again.
   if (!files.fileExistsAtPath(folder)) {
     if (const auto made = files.createDirectory(folder); !made) {
       platform_.log().write(made.error().text());

@@ -34,7 +34,7 @@ void GroupAncestry::parentsForGroups(Groups groups, std::vector<std::string>& re
   }
 }
 
-// A path is no longer than the steps taken, so neither is the recursion deep.
+// The recursion is bounded by the number of steps.
 bool GroupAncestry::appendAllPaths(Groups groups, Walk& walk) const {
   for (const NSManagedObject* group : groups) {
     for (const std::size_t index : sameIdentifier(*group)) {

@@ -31,7 +31,8 @@ class GroupAncestry {
  public:
   using Groups = std::span<const NSManagedObject* const>;
 
-  /// Beyond so many steps a list of all paths gives way to one that names each group once.
+  /// The number of steps after which the list of all paths is replaced by one that names each group
+  /// once.
   static constexpr std::size_t kMostSteps = 1000;
 
   /// `groups` outlives this.

@@ -13,7 +13,7 @@
 
 namespace annivo {
 
-/// A choice from a list of records that is kept elsewhere.
+/// Records chosen from a list that somebody else owns.
 using ContactDates = std::vector<std::reference_wrapper<const ContactDateRecord>>;
 
 /// The person's contact dates, filtered by the chosen group and the excluded labels. Made once a
@@ -51,7 +51,7 @@ class ZPKAddressBookDates {
   [[nodiscard]] bool wasReadWhole() const { return myMultiAddressBook.wasReadWhole(); }
   /// The identifiers of all dates that can be read, chosen or not.
   [[nodiscard]] std::unordered_set<std::string> dateUIDs();
-  /// What the lists are chosen from.
+  /// The source of the unfiltered lists.
   [[nodiscard]] ZPKQueryAddressBook& addressBook() { return myMultiAddressBook; }
 
  private:

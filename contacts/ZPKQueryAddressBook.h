@@ -16,11 +16,11 @@ class ZPKQueryAddressBook {
   /// Finds and opens every store. A folder that is there and cannot be listed is presented.
   explicit ZPKQueryAddressBook(Platform& platform, GroupsAre groups = GroupsAre::optional);
 
-  /// Found once: a store that is added later is not seen.
+  /// Found once; stores added later are not seen.
   [[nodiscard]] const std::vector<std::unique_ptr<ZPKQueryAddressBookSection>>& addressBookStores();
   /// `arrayForEntity:`. What each store yields, one after the other.
   [[nodiscard]] ZPKQueryAddressBookSection::Items arrayForEntity(const std::string& name);
-  /// The four lists are made at their first request and then kept.
+  /// The four lists are built on first request and cached.
   [[nodiscard]] const std::vector<ContactDateRecord>& birthdayDates();
   /// Every labelled date, not anniversaries alone.
   [[nodiscard]] const std::vector<ContactDateRecord>& anniversaryDates();

@@ -128,7 +128,7 @@ std::vector<std::string> ZPKQueryAddressBookSection::distinctLabels() {
   return labels;
 }
 
-/// What a record says of the person; all "NULL" of nobody.
+/// The person's fields of a record; all "NULL" without a person.
 ContactDateRecord ZPKQueryAddressBookSection::recordOf(const NSManagedObject* person) {
   ContactDateRecord record;
   if (person == nullptr) return record;

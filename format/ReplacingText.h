@@ -8,12 +8,12 @@
 
 namespace annivo {
 
-/// A text that goes through many replacements, each acting on the result of the one before. Two
-/// buffers serve them all, so a replacement costs one pass and, in the long run, no allocation.
+/// A text for a series of replacements, each applied to the result of the one before. Two buffers
+/// are reused, so a replacement costs one pass and usually no allocation.
 class ReplacingText {
  public:
-  /// A replacement that has made so many bytes leaves the rest of the text as it is: a template
-  /// that repeats a huge value cannot take all memory.
+  /// The size in bytes after which a replacement leaves the rest of the text unchanged, so that a
+  /// template which repeats a huge value cannot exhaust memory.
   static constexpr std::size_t kEnough = std::size_t{64} << 20;
 
   explicit ReplacingText(std::string text) : text_(std::move(text)) {}

@@ -36,7 +36,7 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 17> kReplace
 std::string replaceSpecialCharactersIn(std::string text) {
   ReplacingText result(std::move(text));
   for (const auto& [from, to] : kReplacements) {
-    // Most titles hold few of the marks, and one character is found fastest.
+    // Searching for one character is fastest, and most titles hold few of these marks.
     const char mark = to.front();
     if (result.text().find(mark) != std::string::npos) result.replace(from, to);
   }

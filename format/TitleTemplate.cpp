@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kMarker = "^!*";
 constexpr std::string_view kSeparator = "^!* ^!*";
 
-// The tokens as they stand in the master title.
+// The tokens in their marked form.
 constexpr std::string_view kFirstName = "^!*First name^!*";
 constexpr std::string_view kMiddleName = "^!*Middle name^!*";
 constexpr std::string_view kLastName = "^!*Last name^!*";
@@ -23,7 +23,7 @@ constexpr std::string_view kYear = "^!*year^!*";
 constexpr std::string_view kType = "^!*type^!*";
 constexpr std::string_view kOrganization = "^!*organization^!*";
 
-// Made so that they outlast the removal of the marker.
+// Chosen so that removing the marker leaves them intact.
 constexpr std::string_view kDeferredAge = "^!!!*age^!!!*";
 constexpr std::string_view kDeferredOrdinalAge = "^!!!*ordinal age^!!!*";
 

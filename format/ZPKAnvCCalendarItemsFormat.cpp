@@ -41,7 +41,7 @@ void ZPKAnvCCalendarItemsFormat::setEventsWithOriginal(const ContactDateRecord& 
 }
 
 void ZPKAnvCCalendarItemsFormat::setEventsWithOriginals(Records records) {
-  // Enough that what is read meanwhile outweighs the word about it, and little to hold.
+  // Large enough to pay for the hand-over, small enough to hold in memory.
   constexpr std::size_t kAtOnce = 256;
   const auto taken = [&] {
     const Records first = records.first(std::min(kAtOnce, records.size()));

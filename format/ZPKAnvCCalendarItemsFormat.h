@@ -38,9 +38,10 @@ class ZPKAnvCCalendarItemsFormat {
   /// each of them then yields the titles that the last would leave, so that an event is written
   /// once and not changed to and fro by every run.
   void settleTitles(Records records);
-  /// setEventsWithOriginal for each, with word to the writer some time before of what is to come.
+  /// Calls setEventsWithOriginal for each record, and announces the following events to the writer
+  /// in advance.
   void setEventsWithOriginals(Records records);
-  /// What setEventsWithOriginal hands to the writer.
+  /// The events that setEventsWithOriginal gives to the writer.
   [[nodiscard]] std::vector<ZPKCalendarItems::BasicEvent> eventsForOriginal(
       const ContactDateRecord& record) const;
 

@@ -69,8 +69,8 @@ const PropertyList::Dictionary& AnvCalPrefs::allButEmail() {
     values = *stored;
     reportParentTypes(platform_);
   }
-  // A default that the parent's own value hides is not made: the e-mail address and the titles have
-  // to be looked up.
+  // A default that a stored value replaces is not computed, because the e-mail address and the
+  // titles take a look-up.
   for (const char* key : kKeysWithDefaults) {
     if (!values.contains(key)) values.emplace(key, defaultFor(key, platform_));
   }

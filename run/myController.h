@@ -34,7 +34,7 @@ class myController final : public NSApplicationDelegate, public SUUpdaterDelegat
   /// Always: terminate at once.
   TerminateReply applicationShouldTerminate() override { return TerminateReply::now; }
 
-  /// What a run goes on to do once the update check is over.
+  /// What a run does after the update check.
   enum class Decision { emptyCalendars, nothingToUpdate, pass };
   /// Makes the calendar writer and decides.
   [[nodiscard]] Decision decide();

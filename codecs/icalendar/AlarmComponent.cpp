@@ -16,10 +16,11 @@ namespace annivo {
 namespace {
 
 constexpr std::string_view kDescription = "Event reminder";
-/// What other programs write for an alarm that never fires.
+/// The time that other programs write for an alarm that never fires.
 constexpr std::string_view kNever = "19760401T005545Z";
 constexpr std::string_view kMailto = "MAILTO:";
-/// Longer triggers are held at this; the exact value stands beside it.
+/// The longest trigger, in seconds, that is written; a longer one's exact value is kept in a
+/// parameter.
 constexpr double kLongestTrigger = 1e11;
 constexpr std::string_view kPlainInAddress = "-._~@+!$'*=";
 constexpr std::string_view kPlainInSound = "-._~";

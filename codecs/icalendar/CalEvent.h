@@ -25,8 +25,8 @@ struct LedgerIdentity {
   friend bool operator==(const LedgerIdentity&, const LedgerIdentity&) = default;
 };
 
-/// When an event starts or ends: a moment, or a day, which stands for its midnight. That is
-/// reckoned when it is asked for: of most events only title and alarms are.
+/// When an event starts or ends: a moment, or a day, which stands for its midnight. Computed on
+/// request: of most events only title and alarms are asked for.
 class EventTime {
  public:
   EventTime(Date moment) : moment_(moment) {}

@@ -102,7 +102,7 @@ class ContentLines {
   }
 
  private:
-  /// What few lines need: the lines that continue it, and no byte order mark.
+  /// For the few lines that are folded or begin with a byte order mark.
   void finish(ContentLine& line);
   void unfold(std::string_view raw);
 

@@ -43,7 +43,7 @@ inline constexpr std::string_view kExactParameter = "X-ANNIVO-EXACT";
 /// What any reader finds in a value of type TEXT: it without the white space at its ends, which
 /// some readers strip.
 [[nodiscard]] std::string plainestReading(std::string_view value);
-/// What is left of a text on its way through any reader.
+/// The part of a text that survives every reader.
 [[nodiscard]] std::string plainestText(std::string_view text);
 /// ";X-ANNIVO-EXACT=…" for that text.
 [[nodiscard]] std::string exactParameter(std::string_view text);

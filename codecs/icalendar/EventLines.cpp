@@ -6,7 +6,7 @@
 namespace annivo {
 namespace {
 
-/// Each in the one before it, in the order of their places.
+/// The nesting of known components, outermost first.
 constexpr std::array<std::string_view, 3> kKnown{"VCALENDAR", "VEVENT", "VALARM"};
 
 /// A component's name without white space after it.

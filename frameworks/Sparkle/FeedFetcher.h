@@ -14,7 +14,7 @@
 
 namespace annivo {
 
-/// What a fetch may cost, redirects included.
+/// The limits of a fetch, redirects included.
 struct FeedLimits {
   std::chrono::milliseconds time = std::chrono::seconds{60};
   std::size_t bytes = std::size_t{5} * 1024 * 1024;  ///< of headers and content together

@@ -55,7 +55,7 @@ std::uint64_t numberIn(std::string_view digits) {
   return value;
 }
 
-/// Takes the first part off `text`, which is not empty.
+/// Removes and returns the first part of `text`, which is not empty.
 Part takePart(std::string_view& text) {
   Part part;
   std::size_t length = separatorLength(text);

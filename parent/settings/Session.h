@@ -36,7 +36,7 @@ struct Session {
 [[nodiscard]] PlatformParts agentParts(const std::string& home, const std::string& agentExecutable,
                                        Environment environment, std::unique_ptr<Clock> clock);
 
-/// Another object's clock.
+/// Gives the time of a clock that somebody else owns.
 class BorrowedClock final : public Clock {
  public:
   explicit BorrowedClock(const Clock& clock) : clock_(clock) {}

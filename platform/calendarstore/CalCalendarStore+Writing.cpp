@@ -67,7 +67,7 @@ Result<void> CalCalendarStore::saveChanges(CalEvent& event) {
   const std::string oldPath = event.path_;
   if (folderOf(oldPath) == folder) return writeEventFile(*event.calendar_, oldPath, *text);
 
-  // Into another calendar: written there first, so that no moment is without it.
+  // Moving to another calendar: written there first, so that the event exists at every moment.
   const bool alone = EventFile::without(*text, event.uid()) == "";
   const std::string path = folder + "/" + event.uid() + names::kEventSuffix;
   const std::string moved = alone ? *text : EventFile::newText(event, clock_.now(), zone_);
@@ -126,8 +126,8 @@ Result<void> CalCalendarStore::synchronize() {
   return done;
 }
 
-/// Counts a written file. After very many the disk begins to take them, on another thread, so that
-/// the end of the run need not wait for all.
+/// Counts a written file. After many of them another thread starts syncing, so that the end of the
+/// run does not wait for all.
 void CalCalendarStore::syncBehind() {
   constexpr std::size_t kMany = 8192;
   if (++writtenFiles_ % kMany != 0 || !files_.supportsOtherThreads()) return;
@@ -136,7 +136,7 @@ void CalCalendarStore::syncBehind() {
       onAnotherThread([&files = files_, root = root_] { return files.synchronize(root); });
 }
 
-/// The system tells of a failure once, so it is kept.
+/// The system reports a failure once, so it is remembered here.
 void CalCalendarStore::finishSyncingBehind() {
   if (!syncingBehind_.valid()) return;
   if (auto done = syncingBehind_.get(); !done) syncedBehind_ = std::move(done);

@@ -11,12 +11,15 @@ namespace annivo {
 namespace {
 
 constexpr std::string_view kSuffix = names::kCalendarSuffix;
-/// Under which a calendar's folder is made. An interrupted run may leave it; the next reuses it.
+/// The temporary name under which a calendar's folder is built. An interrupted run may leave it
+/// behind; the next one reuses it.
 constexpr const char* kUnfinished = "/.annivo-calendar.tmp";
 constexpr std::size_t kInfoLimit = std::size_t{1024} * 1024;
-/// Hardly any event file is larger; those that are need not lie in memory by the hundred.
+/// The largest event file that is read ahead, in bytes. Hardly any is larger, and hundreds of
+/// larger ones would take too much memory.
 constexpr std::size_t kOrdinaryEvent = std::size_t{8} * 1024;
-/// Account folders hold calendars one level down; deeper ones are looked at, endless ones are not.
+/// How deep calendars are looked for. Account folders hold them one level down; some programs nest
+/// deeper.
 constexpr int kDeepest = 8;
 
 /// The properties of a new calendar's Info.plist.

@@ -114,9 +114,9 @@ class CalCalendarStore {
       const std::vector<std::shared_ptr<CalCalendar>>& calendars,
       const std::function<bool(const std::string& uid)>& isKnown = nullptr);
 
-  /// Takes away what a killed run or a power loss left half written in the Events folders:
-  /// temporary files and event files that break off before their end, where their name or what is
-  /// left in them says that they are ours. Reads all event files.
+  /// Removes what a killed run or a power loss left half written in the Events folders: temporary
+  /// files and event files that break off before their end, where their name or what is left in
+  /// them says that they are ours. Reads all event files.
   void removeRemains();
 
   /// Begins to watch the events of a calendar, before any is read.

@@ -45,13 +45,13 @@ class NSManagedObject {
   [[nodiscard]] PropertyList& attributeAt(std::size_t index);
   [[nodiscard]] const PropertyList& attributeAt(std::size_t index) const;
   void reserveAttributes(std::size_t count) { attributes_.reserve(count); }
-  /// Takes what `attributes` holds, ascending by index, in place of all that the object had.
+  /// Replaces all attributes of the object by `attributes`, which ascend by index.
   void takeAttributes(std::vector<Attribute>& attributes);
 
  private:
   const NSEntityDescription* entity_;
   std::int64_t objectID_;
-  /// Ascending by index. What is nil need not be there: most cards leave most fields empty.
+  /// Ascending by index. Nil attributes are left out: most cards leave most fields empty.
   std::vector<Attribute> attributes_;
   const RelationshipTable* relationships_;
   std::uint32_t row_;

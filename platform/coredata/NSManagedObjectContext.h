@@ -31,14 +31,14 @@ class NSPersistentStore {
   virtual ~NSPersistentStore() = default;
   /// Reads the content, if that has not been done; every other operation does it first.
   virtual Result<void> load() = 0;
-  /// May begin with what load() has to do, on another thread.
+  /// Starts load()'s work on another thread where that is possible.
   virtual void beginLoading() {}
   /// After load: why a file that was found has to be set aside, which the first save or close does
   /// (the store then lacks what it held); nothing when all is well.
   [[nodiscard]] virtual const std::optional<Error>& damage() const = 0;
   /// After load: whether nothing was found, neither a file nor what is left of one.
   [[nodiscard]] virtual bool isNew() const { return false; }
-  /// What was met so far that had to be read as nil, in words for the log, without contact data.
+  /// Notes for the log about values that had to be read as nil. They hold no contact data.
   [[nodiscard]] virtual std::vector<std::string> notes() const { return {}; }
   /// Why a to-many relationship of objects fetched so far could not be read; such a one reads as
   /// empty.
@@ -57,12 +57,12 @@ class NSPersistentStore {
   [[nodiscard]] virtual bool hasChanges() const = 0;
   /// Writes what changed since the last save; on failure the changes stay pending.
   virtual Result<void> save() = 0;
-  /// Brings the store's file up to date with all that was saved. Pending changes are left alone and
-  /// then the file is too. The last operation on a store.
+  /// Writes all saved changes into the store's file. Does nothing while changes are pending. The
+  /// last operation on a store.
   virtual Result<void> close() { return {}; }
 };
 
-/// What stores need of their surroundings.
+/// The services that a store works with.
 struct StoreEnvironment {
   NSFileManager& files;
   const Clock& clock;

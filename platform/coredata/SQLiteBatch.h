@@ -14,9 +14,9 @@
 
 namespace annivo {
 
-/// What one query of a store gave: all objects of some kinds that share a table.
+/// The result of one query: all objects of the kinds that share a table.
 struct SQLiteBatch {
-  /// A to-one relationship that was read and waits for the objects it leads to.
+  /// A to-one relationship that was read before the objects it leads to.
   struct ToOne {
     struct Link {
       std::uint32_t row;
@@ -36,12 +36,12 @@ struct SQLiteBatch {
   SQLiteBatch(const SQLiteBatch&) = delete;
   SQLiteBatch& operator=(const SQLiteBatch&) = delete;
 
-  /// The place of an object in it.
+  /// The object's index in the batch.
   [[nodiscard]] std::optional<std::uint32_t> rowOf(std::int64_t objectID) const;
 };
 
-/// Fills a batch of which table and kinds are set. A value that its column should not hold is read
-/// as nil, with one line in `notes` a column.
+/// Fills a batch whose table and kinds are set. A value of a type that its column should not hold
+/// is read as nil, and each such column adds one line to `notes`.
 Result<void> readBatch(SQLiteBatch& batch, const SQLiteDatabase& database,
                        const SQLiteSchema& schema, const NSTimeZone& zone,
                        std::vector<std::string>& notes);

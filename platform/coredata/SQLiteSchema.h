@@ -13,8 +13,8 @@
 
 namespace annivo {
 
-/// What a store file holds of a model, found by looking: entities have other numbers, tables and
-/// columns from one generation of the file to the next.
+/// How a store file lays out a model's entities. Read from the file itself, because numbers, tables
+/// and columns differ between the generations of the format.
 class SQLiteSchema {
  public:
   /// Malformed when the file has no Z_PRIMARYKEY, when it lacks the table of an inheritance tree

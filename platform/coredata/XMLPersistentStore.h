@@ -18,7 +18,7 @@ namespace annivo {
 
 /// An XML store over one file and the journal beside it, "<file>.journal".
 ///
-/// 1. Opened without a look at the disk.
+/// 1. Opened without reading anything from disk.
 /// 2. load() reads the file and brings in the journal that an interrupted process left.
 /// 3. The first save writes the file, if there is none, or else begins a journal; each further save
 ///    appends one entry to that.
@@ -95,8 +95,8 @@ class XMLPersistentStore final : public NSPersistentStore {
   std::optional<Stamp> fileStamp_;            ///< nothing: there is no file
   std::optional<std::uint64_t> journalSize_;  ///< nothing: there is no journal
   std::unique_ptr<AppendingFile> journal_;
-  /// While it runs, all the rest is its own. The last member, so that nothing goes before it has
-  /// ended.
+  /// While this thread runs, it owns all other members. It is the last member, so that it ends
+  /// before they are destroyed.
   std::future<Result<void>> loading_;
 };
 

@@ -11,7 +11,7 @@
 
 namespace annivo {
 
-/// One object of an XML store, and where it stands.
+/// One object of an XML store, with its position in the file.
 struct XMLStoreRow : NSManagedObject {
   using NSManagedObject::NSManagedObject;
   std::uint32_t offset = 0;  ///< of its element in the file
@@ -65,7 +65,7 @@ struct XMLStoreChange {
 /// Whether an element can be taken apart with all that it holds: comments, processing instructions.
 [[nodiscard]] bool isWellFormedXML(std::string_view element);
 
-/// Bytes that an object of the ledger takes at most in general.
+/// The size in bytes that a ledger object rarely exceeds; used to reserve memory.
 inline constexpr std::size_t kXMLUsualObject = 420;
 /// Appends the object's element, without white space around it.
 void appendXMLObject(std::string& out, const NSManagedObject& object);

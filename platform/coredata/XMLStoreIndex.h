@@ -14,9 +14,9 @@
 
 namespace annivo {
 
-/// Finds rows by the values of a set of attributes, that of the first fetch it can help. Gives a
-/// few rows too many at times (rows that have changed since, or whose values differ in case only),
-/// so what it finds is still to be tested; never too few.
+/// Finds rows by the values of a set of attributes, which the first suitable fetch determines. The
+/// result may hold a few rows too many (rows that changed since, or whose values differ only in
+/// case), so the caller tests them; it never misses one.
 class XMLStoreIndex {
  public:
   /// The rows, without order or with doubles, that a conjunction of equalities and of LIKEs without
@@ -24,7 +24,7 @@ class XMLStoreIndex {
   /// or in another order than that of the first fetch. Valid until the next call.
   [[nodiscard]] std::optional<std::span<XMLStoreRow* const>> candidates(
       const std::vector<NSPredicate::Comparison>& comparisons, std::deque<XMLStoreRow>& rows);
-  /// Tells that a row is new or that a value of it has changed or is about to.
+  /// To be called for a row that is new, or whose values have changed or are about to.
   void rowChanged(XMLStoreRow& row) {
     if (!attributes_.empty() && (stale_.empty() || stale_.back() != &row)) stale_.push_back(&row);
   }

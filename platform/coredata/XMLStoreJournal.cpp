@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::string_view kTitle = "Annivo ledger journal ";
 constexpr std::int64_t kVersion = 1;
-/// Before that of every file.
+/// Lower than the generation of any file.
 constexpr std::int64_t kNoGeneration = -1;
 
 /// Of a hash.

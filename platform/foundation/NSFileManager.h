@@ -76,7 +76,8 @@ class NSFileManager {
   /// The same for a file inside a folder that is not to be left: a link is unreadable.
   [[nodiscard]] virtual Result<std::string> contentsOfFileItself(const std::string& path,
                                                                  std::size_t limit) const;
-  /// One that finds each file absent where there is no such folder yet. This outlives it.
+  /// Where there is no such folder yet, every file in it is absent. The file manager must outlive
+  /// the result.
   [[nodiscard]] virtual std::unique_ptr<ReadableFolder> openFolder(const std::string& path) const;
   /// Entries of a folder without "." and "..", sorted by name bytes.
   [[nodiscard]] virtual Result<std::vector<DirectoryEntry>> contentsOfDirectory(
@@ -113,7 +114,7 @@ class NSFileManager {
   /// Whether another thread may read files and synchronize while this one goes on.
   [[nodiscard]] virtual bool supportsOtherThreads() const { return false; }
 
-  // The rest stands on the operations above.
+  // The following use the operations above.
   [[nodiscard]] bool fileExistsAtPath(const std::string& path) const;
   /// createDirectory for `path` and every missing folder above it, up to but not above `root`,
   /// which must exist and lie at or above `path`.

@@ -9,7 +9,7 @@
 
 namespace annivo {
 
-/// Where log lines go.
+/// The destination of log lines.
 class Log {
  public:
   virtual ~Log() = default;

@@ -36,7 +36,7 @@ class NSRunLoop {
   /// descriptors by number, then due timers by time. False, at once, when there is no source to
   /// wait for. An exception that leaves a handler leaves the loop usable.
   bool runModeBeforeDate(Time limit);
-  /// The same with a limit counted from now.
+  /// As above, with a limit counted from now.
   virtual bool runModeForInterval(std::chrono::milliseconds interval) {
     return runModeBeforeDate(Clock::now() + interval);
   }

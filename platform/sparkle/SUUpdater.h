@@ -20,7 +20,7 @@ struct SUAppcastItem {
   std::string url;             ///< of the download or, without one, the item's page; may be empty
 };
 
-/// Told the outcome of a check, on the run loop, exactly once.
+/// Receives the outcome of a check, on the run loop, exactly once.
 class SUUpdaterDelegate {
  public:
   virtual ~SUUpdaterDelegate() = default;
