@@ -16,7 +16,7 @@ struct EventChange {
   std::string calendar;  ///< its title
   std::string uid;
   // For a change; where neither is set, other details changed.
-  std::optional<std::string> oldTitle;  ///< where the title changed
+  std::optional<std::string> oldTitle = {};  ///< where the title changed
   bool alarmsChanged = false;
 };
 
