@@ -119,8 +119,8 @@ SQLiteDatabase::SQLiteDatabase(SQLiteDatabase&& other) noexcept
 
 SQLiteDatabase::~SQLiteDatabase() { sqlite3_close_v2(database_); }
 
-Result<SQLiteDatabase> SQLiteDatabase::openForReading(const std::string& path,
-                                                      std::shared_ptr<StoreReadings> readings) {
+Result<SQLiteDatabase> SQLiteDatabase::openForReading(
+    const std::string& path, const std::shared_ptr<StoreReadings>& readings) {
   const SQLiteFile file(path);
   if (const auto sound = file.check(); !sound) return sound.error();
   const SQLiteFile::Stamp stamp = file.stamp();
@@ -208,10 +208,10 @@ bool SQLiteDatabase::wasChanged() const {
   return unlocked_ && unlocked_->file.stamp() != unlocked_->stamp;
 }
 
-Result<SQLiteDatabase> SQLiteDatabase::openForReading(const NSFileManager& files,
-                                                      const std::string& path,
-                                                      std::shared_ptr<StoreReadings> readings) {
-  if (files.isOnDisk(path)) return openForReading(path, std::move(readings));
+Result<SQLiteDatabase> SQLiteDatabase::openForReading(
+    const NSFileManager& files, const std::string& path,
+    const std::shared_ptr<StoreReadings>& readings) {
+  if (files.isOnDisk(path)) return openForReading(path, readings);
   const auto bytes = files.contentsAtPath(path);
   if (!bytes) return bytes.error();
   return openBytes(*bytes, path);

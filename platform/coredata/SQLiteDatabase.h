@@ -62,11 +62,11 @@ class SQLiteDatabase {
   /// must exist.
   static Result<SQLiteDatabase> openForReading(
       const std::string& path,
-      std::shared_ptr<StoreReadings> readings = std::make_shared<StoreReadings>());
+      const std::shared_ptr<StoreReadings>& readings = std::make_shared<StoreReadings>());
   /// As above, for a file that `files` may hold elsewhere than on the disk.
   static Result<SQLiteDatabase> openForReading(
       const NSFileManager& files, const std::string& path,
-      std::shared_ptr<StoreReadings> readings = std::make_shared<StoreReadings>());
+      const std::shared_ptr<StoreReadings>& readings = std::make_shared<StoreReadings>());
   /// A new, empty database in memory, which errors call `path`.
   static Result<SQLiteDatabase> createInMemory(const std::string& path);
   SQLiteDatabase(SQLiteDatabase&& other) noexcept;
