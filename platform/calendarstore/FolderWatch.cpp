@@ -10,7 +10,7 @@ void FolderWatch::begin(const std::string& path) {
   if (std::any_of(folders_.begin(), folders_.end(), isIt)) return;
   auto opened = files_.openFolder(path);
   const auto time = opened->modificationDate();
-  folders_.push_back(std::make_unique<Folder>(path, std::move(opened), time));
+  folders_.push_back(std::make_unique<Folder>(Folder{path, std::move(opened), time}));
 }
 
 bool FolderWatch::sawOthers() {

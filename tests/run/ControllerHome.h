@@ -151,9 +151,9 @@ class ControllerHome : public testing::Test {
   void setPeople(const std::vector<StoredPerson>& people) const {
     home.folder().makeFolder(kMetadata);
     if (home.exists(kStore)) home.folder().remove(kStore);
-    PosixFileManager disk;
+    PosixFileManager plain;
     const auto written = AddressBookStoreWriter::write(
-        disk, home.path(kStore), StoreGeneration::current, people, {}, home.clock.now());
+        plain, home.path(kStore), StoreGeneration::current, people, {}, home.clock.now());
     ASSERT_TRUE(written.ok()) << written.error().text();
     home.touch(kMetadata, home.clock.now());
   }
