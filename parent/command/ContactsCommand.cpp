@@ -43,6 +43,7 @@ void peopleCommand(CommandSession& session) {
   std::size_t dates = 0;
   for (const ListedPerson& person : people) {
     std::vector<std::string> all;
+    all.reserve(person.dates.size());
     for (const auto& record : person.dates) all.push_back(dateText(record, session.platform));
     dates += person.dates.size();
     rows.push_back({person.name, listed(all), person.uid});

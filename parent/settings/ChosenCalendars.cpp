@@ -36,6 +36,7 @@ Calendar findCalendar(Session& session, const std::string& wanted) {
   }
   if (found.size() > 1) {
     std::vector<std::string> uids;
+    uids.reserve(found.size());
     for (const Calendar& calendar : found) uids.push_back(calendar->uid());
     throw Refusal{translated("several calendars are called \"{1}\"; give one of their UIDs: {2}",
                              wanted, listed(uids))};

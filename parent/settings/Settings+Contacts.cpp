@@ -61,6 +61,7 @@ ListedGroup findGroup(Session& session, const std::string& wanted) {
   }
   if (named.size() > 1) {
     std::vector<std::string> uids;
+    uids.reserve(named.size());
     for (const ListedGroup& group : named) uids.push_back(group.uid);
     throw Refusal{translated("several groups are called \"{1}\"; give one of their UIDs: {2}",
                              wanted, listed(uids))};
