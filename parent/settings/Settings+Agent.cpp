@@ -57,8 +57,10 @@ std::string shownInterval(Session& session) {
 void setInterval(Session& session, const Words& words) {
   static const std::map<std::string, std::int64_t> kNames{
       {"daily", 1}, {"weekly", 7}, {"monthly", 30}};
-  const Refusal unclear{translated("give daily, weekly, monthly or 1 to 3650 days")};
-  if (words.empty() || words.size() > 2) throw unclear;
+  const auto refuse = [] {
+    throw Refusal{translated("give daily, weekly, monthly or 1 to 3650 days")};
+  };
+  if (words.empty() || words.size() > 2) refuse();
   std::int64_t days = 0;
   if (const auto named = kNames.find(words.front()); named != kNames.end()) {
     days = named->second;
@@ -67,14 +69,15 @@ void setInterval(Session& session, const Words& words) {
     days = numberFromText<std::int64_t>(text).value_or(0);
     const std::string unit = words.size() == 2 ? words[1] : "days";
     if (days < 1 || days > 3650 || (unit != "days" && unit != "day")) {
-      throw unclear;
+      refuse();
     }
   }
   storeChoices(session, {{keys::kSUScheduledCheckInterval, days * kDay}});
 }
 
 /// What is on or off.
-Setting switchSetting(const char* name, std::string help, std::function<bool(Session&)> isSetOn,
+Setting switchSetting(const char* name, std::string help,
+                      const std::function<bool(Session&)>& isSetOn,
                       std::function<void(Session&, bool)> store,
                       std::function<void(Session&)> reset) {
   return {.name = name,
