@@ -45,7 +45,7 @@ std::string triggerText(double seconds) {
 }
 
 std::string alarmText(const CalAlarm& alarm) {
-  const std::string kind = alarmWord(alarmKindOf(alarm));
+  std::string kind = alarmWord(alarmKindOf(alarm));
   if (!alarm.relativeTrigger) return kind;
   // TRANSLATORS: {1} is "message", "email", "sound" or "file", {2} "2 days before at 08:00".
   return translated("{1} {2}", kind, triggerText(*alarm.relativeTrigger));
