@@ -26,7 +26,7 @@ bool hasIntegerValue(const PropertyList& value) {
 }
 
 /// A check that failed is tried again after a day, not after the whole interval.
-constexpr std::int64_t kRetryInterval = 24 * 60 * 60;  // seconds
+constexpr std::int64_t kRetryInterval = std::int64_t{24} * 60 * 60;  // seconds
 constexpr std::int64_t kDefaultInterval = 7 * kRetryInterval;
 
 /// Checks one bundle. All it writes is the time of a check that finds nothing, so that the next one

@@ -17,7 +17,7 @@ std::string subjectOf(const std::string& text, std::string_view end) {
 }
 
 std::string problemWithValues(const CLI::ParseError& error) {
-  const std::string text = error.what();
+  std::string text = error.what();
   if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
     return translated("{1} needs a value", subjectOf(text, ":"));
   }
