@@ -34,7 +34,7 @@ class CountingFileManager final : public ForwardingFileManager {
   mutable std::vector<std::string> examined;
 };
 
-TEST(CalendarSelection, AnEmptyUIDIsNeverUpdatedAndNothingIsLookedAt) {
+TEST(ZPKCalendarItemsSelection, AnEmptyUIDIsNeverUpdatedAndNothingIsLookedAt) {
   Home home;
   home.makeCalendar("A", "Birthdays");
   PosixFileManager disk;
@@ -48,7 +48,7 @@ TEST(CalendarSelection, AnEmptyUIDIsNeverUpdatedAndNothingIsLookedAt) {
   EXPECT_TRUE(files.examined.empty());
 }
 
-TEST(CalendarSelection, ACalendarWithoutAFolderCountsAsUpdated) {
+TEST(ZPKCalendarItemsSelection, ACalendarWithoutAFolderCountsAsUpdated) {
   Home home;
   EXPECT_TRUE(updated(home, "A", kLatestDate));
   home.makeCalendar("B", "Birthdays");
@@ -56,7 +56,7 @@ TEST(CalendarSelection, ACalendarWithoutAFolderCountsAsUpdated) {
   EXPECT_TRUE(updated(home, "b", kLatestDate)) << "names are compared with their case";
 }
 
-TEST(CalendarSelection, ACalendarIsUpdatedOnlyByAChangeAfterTheLastRun) {
+TEST(ZPKCalendarItemsSelection, ACalendarIsUpdatedOnlyByAChangeAfterTheLastRun) {
   Home home;
   home.makeCalendar("A", "Birthdays");
   const Date changed = utc(2026, 11, 1, 12);
@@ -68,14 +68,14 @@ TEST(CalendarSelection, ACalendarIsUpdatedOnlyByAChangeAfterTheLastRun) {
   EXPECT_FALSE(updated(home, "A", std::nullopt)) << "no run recorded yet";
 }
 
-TEST(CalendarSelection, AMissingEventsFolderCountsAsUpdated) {
+TEST(ZPKCalendarItemsSelection, AMissingEventsFolderCountsAsUpdated) {
   Home home;
   home.makeCalendar("A", "Birthdays");
   home.home.folder().remove("Library/Calendars/A.calendar/Events");
   EXPECT_TRUE(updated(home, "A", kLatestDate));
 }
 
-TEST(CalendarSelection, ACalendarInsideAnAccountFolderIsFound) {
+TEST(ZPKCalendarItemsSelection, ACalendarInsideAnAccountFolderIsFound) {
   Home home;
   home.makeCalendar("A", "Birthdays", {}, "E1.caldav/");
   home.home.touch("Library/Calendars/E1.caldav/A.calendar/Events", utc(2026, 11, 1));
@@ -83,7 +83,7 @@ TEST(CalendarSelection, ACalendarInsideAnAccountFolderIsFound) {
   EXPECT_FALSE(updated(home, "A", utc(2026, 11, 2)));
 }
 
-TEST(CalendarSelection, OfSeveralFoldersOfOneUIDTheLastIsLookedAt) {
+TEST(ZPKCalendarItemsSelection, OfSeveralFoldersOfOneUIDTheLastIsLookedAt) {
   Home home;
   home.makeCalendar("A", "One");
   home.makeCalendar("A", "Two", {}, "Z.caldav/");
@@ -92,7 +92,7 @@ TEST(CalendarSelection, OfSeveralFoldersOfOneUIDTheLastIsLookedAt) {
   EXPECT_FALSE(updated(home, "A", utc(2026, 11, 5)));
 }
 
-TEST(CalendarSelection, EventFilesAreNotListedInTheSearchForAChangedCalendar) {
+TEST(ZPKCalendarItemsSelection, EventFilesAreNotListedInTheSearchForAChangedCalendar) {
   Home home;
   home.makeCalendar("A", "Birthdays");
   PosixFileManager disk;
@@ -104,7 +104,7 @@ TEST(CalendarSelection, EventFilesAreNotListedInTheSearchForAChangedCalendar) {
   for (const auto& path : files.listed) EXPECT_FALSE(path.ends_with("Events")) << path;
 }
 
-TEST(CalendarSelection, TheFolderDateIsLoggedUnderTheSwitch) {
+TEST(ZPKCalendarItemsSelection, TheFolderDateIsLoggedUnderTheSwitch) {
   Home home;
   home.logOn();
   home.makeCalendar("A", "Birthdays");
@@ -115,7 +115,7 @@ TEST(CalendarSelection, TheFolderDateIsLoggedUnderTheSwitch) {
   EXPECT_EQ(home.home.log.count("Calendar folder updated: (null)"), 1U);
 }
 
-TEST(CalendarSelection, AnUnknownUIDMakesACalendarAndStoresItsUID) {
+TEST(ZPKCalendarItemsSelection, AnUnknownUIDMakesACalendarAndStoresItsUID) {
   Home home;
   std::string uid;
   home.run([&](ZPKCalendarItems& writer) {
@@ -130,7 +130,7 @@ TEST(CalendarSelection, AnUnknownUIDMakesACalendarAndStoresItsUID) {
   EXPECT_EQ(made->title(), "Annivo Birthdays");
 }
 
-TEST(CalendarSelection, ACalendarThatCannotBeSavedIsTheTargetAllTheSame) {
+TEST(ZPKCalendarItemsSelection, ACalendarThatCannotBeSavedIsTheTargetAllTheSame) {
   Home home;
   PosixFileManager disk;
   FailingFileManager files(disk);
@@ -151,7 +151,7 @@ TEST(CalendarSelection, ACalendarThatCannotBeSavedIsTheTargetAllTheSame) {
   EXPECT_TRUE(home.home.exists(Home::kMark));
 }
 
-TEST(CalendarSelection, AKnownCalendarKeepsItsTitle) {
+TEST(ZPKCalendarItemsSelection, AKnownCalendarKeepsItsTitle) {
   Home home;
   home.logOn();
   home.makeCalendar("A", "Mine");
@@ -163,7 +163,7 @@ TEST(CalendarSelection, AKnownCalendarKeepsItsTitle) {
   EXPECT_EQ(home.home.log.count("Using calendar Mine."), 1U);
 }
 
-TEST(CalendarSelection, AnUneditableCalendarIsReportedAlwaysAndLockedUntilTheNextChoice) {
+TEST(ZPKCalendarItemsSelection, AnUneditableCalendarIsReportedAlwaysAndLockedUntilTheNextChoice) {
   Home home;
   home.makeCalendar("A", "Team", {{"Editable", false}});
   home.makeCalendar("B", "Mine");
@@ -178,7 +178,7 @@ TEST(CalendarSelection, AnUneditableCalendarIsReportedAlwaysAndLockedUntilTheNex
   EXPECT_EQ(home.home.log.count(kUneditable), 1U);
 }
 
-TEST(CalendarSelection, SettingADefaultUIDChangesThatKeyOnlyAndAtOnce) {
+TEST(ZPKCalendarItemsSelection, SettingADefaultUIDChangesThatKeyOnlyAndAtOnce) {
   Home home;
   home.home.parentPreferences({{"aneeCalUID", "A"}, {"other", 7}});
   ZPKCalendarItems writer(home.home.platform());
@@ -189,7 +189,7 @@ TEST(CalendarSelection, SettingADefaultUIDChangesThatKeyOnlyAndAtOnce) {
   EXPECT_EQ(stored["other"].integerValue(), 7);
 }
 
-TEST(CalendarSelection, IdentifiersThatAreNoFileNamesLeadToANewCalendarInItsPlace) {
+TEST(ZPKCalendarItemsSelection, IdentifiersThatAreNoFileNamesLeadToANewCalendarInItsPlace) {
   for (const std::string& uid :
        {std::string("../../x"), std::string("a/b"), std::string(300, 'x'), std::string("a\nb"),
         std::string("a\0b", 3), std::string("."), std::string("..")}) {

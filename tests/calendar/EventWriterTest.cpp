@@ -11,8 +11,8 @@ using Home = WriterHome;
 const Date kDay = utc(2026, 12, 24, 12);
 const Date kNextDay = utc(2026, 12, 25, 12);
 
-struct EventWriter : testing::Test {
-  EventWriter() {
+struct ZPKCalendarItemsWriting : testing::Test {
+  ZPKCalendarItemsWriting() {
     home.logOn();
     home.makeCalendar("A", "Birthdays");
     home.makeCalendar("B", "Anniversaries");
@@ -23,7 +23,7 @@ struct EventWriter : testing::Test {
   Home home;
 };
 
-TEST_F(EventWriter, WritesANewEventWithAllItsProperties) {
+TEST_F(ZPKCalendarItemsWriting, WritesANewEventWithAllItsProperties) {
   home.write("A", {eventOn(kDay, "D-1", "Ada's birthday")}, {message(-3600)});
   const auto events = home.events("A");
   ASSERT_EQ(events.size(), 1U);
@@ -43,7 +43,7 @@ TEST_F(EventWriter, WritesANewEventWithAllItsProperties) {
   EXPECT_EQ(logged("Updating event: Ada's birthday"), 1U);
 }
 
-TEST_F(EventWriter, WritesTheSameOccurrenceOnceInOneRunAndAcrossRuns) {
+TEST_F(ZPKCalendarItemsWriting, WritesTheSameOccurrenceOnceInOneRunAndAcrossRuns) {
   const auto event = eventOn(kDay, "D-1", "Title");
   home.write("A", {event, event});
   EXPECT_EQ(logged("Event already in"), 1U);
@@ -54,7 +54,7 @@ TEST_F(EventWriter, WritesTheSameOccurrenceOnceInOneRunAndAcrossRuns) {
   EXPECT_EQ(logged("Updating event"), 1U);
 }
 
-TEST_F(EventWriter, AnUnchangedRunOpensNoFileForWriting) {
+TEST_F(ZPKCalendarItemsWriting, AnUnchangedRunOpensNoFileForWriting) {
   home.write("A", {eventOn(kDay, "D-1", "Title")}, {message(0)});
   const auto before = home.home.folder().fingerprint();
   PosixFileManager disk;
@@ -71,7 +71,7 @@ TEST_F(EventWriter, AnUnchangedRunOpensNoFileForWriting) {
   EXPECT_EQ(home.home.folder().fingerprint(), before);
 }
 
-TEST_F(EventWriter, RetitlesEveryEventWhoseTemplateChanged) {
+TEST_F(ZPKCalendarItemsWriting, RetitlesEveryEventWhoseTemplateChanged) {
   home.write("A", {eventOn(kDay, "D-1", "Old 1"), eventOn(kNextDay, "D-2", "Old 2")});
   home.write("A", {eventOn(kDay, "D-1", "New 1"), eventOn(kNextDay, "D-2", "New 2")});
   EXPECT_EQ(home.titles("A"), (std::vector<std::string>{"New 1", "New 2"}));
@@ -87,7 +87,7 @@ struct AlarmCase {
   const char* line;
 };
 
-TEST_F(EventWriter, BringsAlarmsUpToDate) {
+TEST_F(ZPKCalendarItemsWriting, BringsAlarmsUpToDate) {
   const std::vector<AlarmCase> cases = {
       {"kept beyond the list", {1, 2}, {1}, {1, 2}, nullptr},
       {"replaced by the whole list", {1}, {1, 2}, {1, 2}, "Alarm added 2"},
@@ -123,7 +123,7 @@ TEST_F(EventWriter, BringsAlarmsUpToDate) {
   }
 }
 
-TEST_F(EventWriter, RetitlesAnEventWhoseAlarmsStay) {
+TEST_F(ZPKCalendarItemsWriting, RetitlesAnEventWhoseAlarmsStay) {
   home.write("A", {eventOn(kDay, "D-1", "Old")}, {message(1), message(2)});
   home.write("A", {eventOn(kDay, "D-1", "New")}, {message(1)});
   const auto events = home.events("A");
@@ -132,7 +132,7 @@ TEST_F(EventWriter, RetitlesAnEventWhoseAlarmsStay) {
   EXPECT_EQ(events.front()->alarms().size(), 2U);
 }
 
-TEST_F(EventWriter, KeepsAUsersAdditionsToAnEventThatItRetitles) {
+TEST_F(ZPKCalendarItemsWriting, KeepsAUsersAdditionsToAnEventThatItRetitles) {
   home.write("A", {eventOn(kDay, "D-1", "Old")}, {message(-60)});
   const std::string path = Home::eventFile("A", home.ledger().front().iCalUID);
   std::string text = home.home.readFile(path);
@@ -165,7 +165,7 @@ TEST_F(EventWriter, KeepsAUsersAdditionsToAnEventThatItRetitles) {
   EXPECT_EQ(after, expected);
 }
 
-TEST_F(EventWriter, MakesAnEventAnewThatTheUserDeleted) {
+TEST_F(ZPKCalendarItemsWriting, MakesAnEventAnewThatTheUserDeleted) {
   home.write("A", {eventOn(kDay, "D-1", "Title")});
   const auto before = home.ledger().front();
   home.home.folder().remove(Home::eventFile("A", before.iCalUID));
@@ -182,7 +182,7 @@ TEST_F(EventWriter, MakesAnEventAnewThatTheUserDeleted) {
   EXPECT_EQ(events.front()->uid(), ledger.front().iCalUID);
 }
 
-TEST_F(EventWriter, KeepsSeparateRecordsForTwoCalendars) {
+TEST_F(ZPKCalendarItemsWriting, KeepsSeparateRecordsForTwoCalendars) {
   home.write("A", {eventOn(kDay, "D-1", "In A")});
   home.write("B", {eventOn(kDay, "D-1", "In B")});
   home.write("A", {eventOn(kDay, "D-1", "In A")});
@@ -191,7 +191,7 @@ TEST_F(EventWriter, KeepsSeparateRecordsForTwoCalendars) {
   EXPECT_EQ(home.titles("B"), std::vector<std::string>{"In B"});
 }
 
-TEST_F(EventWriter, FindsARecordWithoutRegardToCaseAndByWildcards) {
+TEST_F(ZPKCalendarItemsWriting, FindsARecordWithoutRegardToCaseAndByWildcards) {
   home.write("A", {eventOn(kDay, "Date-Äé", "Title")});
   for (const char* uid : {"DATE-äÉ", "date-*", "Date-??"}) {
     home.write("A", {eventOn(kDay, uid, "Title")});
@@ -202,7 +202,7 @@ TEST_F(EventWriter, FindsARecordWithoutRegardToCaseAndByWildcards) {
   EXPECT_EQ(home.ledger().size(), 2U);
 }
 
-TEST_F(EventWriter, TellsDatesApartByTheMicrosecond) {
+TEST_F(ZPKCalendarItemsWriting, TellsDatesApartByTheMicrosecond) {
   home.write("A",
              {eventOn(kDay, "D", "One"), eventOn(kDay + std::chrono::microseconds{1}, "D", "Two")});
   home.write("A",
@@ -210,7 +210,7 @@ TEST_F(EventWriter, TellsDatesApartByTheMicrosecond) {
   EXPECT_EQ(home.ledger().size(), 2U);
 }
 
-TEST_F(EventWriter, TakesTheFirstOfSeveralRecords) {
+TEST_F(ZPKCalendarItemsWriting, TakesTheFirstOfSeveralRecords) {
   home.write("A", {eventOn(kDay, "D-1", "Title"), eventOn(kNextDay, "D-2", "Other")});
   std::string ledger = home.home.readFile(Home::kLedger);
   const auto records = home.ledger();
@@ -224,7 +224,7 @@ TEST_F(EventWriter, TakesTheFirstOfSeveralRecords) {
   EXPECT_EQ(home.titles("A"), (std::vector<std::string>{"New", "Other"}));
 }
 
-TEST_F(EventWriter, WritesAFreshEventForARecordWithoutAnEvent) {
+TEST_F(ZPKCalendarItemsWriting, WritesAFreshEventForARecordWithoutAnEvent) {
   home.writeLedger(
       "    <object type=\"EVENT\" id=\"z102\">\n"
       "        <attribute name=\"myuid\" type=\"string\">D-1</attribute>\n"
@@ -237,7 +237,7 @@ TEST_F(EventWriter, WritesAFreshEventForARecordWithoutAnEvent) {
   EXPECT_EQ(home.ledger().front().iCalUID, "(nil)") << "the record stays as it is";
 }
 
-TEST_F(EventWriter, FillsAnEventWithoutATitleAnewAndTakesItsFirstAlarm) {
+TEST_F(ZPKCalendarItemsWriting, FillsAnEventWithoutATitleAnewAndTakesItsFirstAlarm) {
   home.write("A", {eventOn(kDay, "D-1", "Title")}, {message(-60)});
   const std::string path = Home::eventFile("A", home.ledger().front().iCalUID);
   std::string text = home.home.readFile(path);
@@ -254,7 +254,7 @@ TEST_F(EventWriter, FillsAnEventWithoutATitleAnewAndTakesItsFirstAlarm) {
   EXPECT_EQ(events.front()->alarms()[1].relativeTrigger, -180);
 }
 
-TEST_F(EventWriter, LosesOneAlarmOnlyHoweverManyAreTooMany) {
+TEST_F(ZPKCalendarItemsWriting, LosesOneAlarmOnlyHoweverManyAreTooMany) {
   home.write("A", {eventOn(kDay, "D-1", "Title")}, {message(-1), message(-2), message(-3)});
   const std::string path = Home::eventFile("A", home.ledger().front().iCalUID);
   std::string text = home.home.readFile(path);
@@ -265,7 +265,7 @@ TEST_F(EventWriter, LosesOneAlarmOnlyHoweverManyAreTooMany) {
   EXPECT_EQ(home.events("A").front()->alarms().size(), 3U);
 }
 
-TEST_F(EventWriter, MakesAlarmsByTheirKind) {
+TEST_F(ZPKCalendarItemsWriting, MakesAlarmsByTheirKind) {
   ZPKCalendarItems writer(home.home.platform());
   const auto add = [&](const char* kind, const char* url) {
     writer.addAlarm({.kind = kind,
@@ -299,14 +299,14 @@ TEST_F(EventWriter, MakesAlarmsByTheirKind) {
   EXPECT_TRUE(writer.alarmArray().empty());
 }
 
-TEST_F(EventWriter, LeavesOutAURLThatIsNone) {
+TEST_F(ZPKCalendarItemsWriting, LeavesOutAURLThatIsNone) {
   auto event = eventOn(kDay, "D-1", "Title");
   event.url = "not a url";
   home.write("A", {event});
   EXPECT_FALSE(home.events("A").front()->url());
 }
 
-TEST_F(EventWriter, TakesAnEndThatLiesAfterTheStart) {
+TEST_F(ZPKCalendarItemsWriting, TakesAnEndThatLiesAfterTheStart) {
   auto event = eventOn(kDay, "D-1", "Title");
   event.endDate = kNextDay;
   home.write("A", {event});
@@ -315,7 +315,7 @@ TEST_F(EventWriter, TakesAnEndThatLiesAfterTheStart) {
   EXPECT_EQ(written->endDate(), utc(2026, 12, 25));
 }
 
-TEST_F(EventWriter, LeavesDatesAndURLOfAnExistingEventAlone) {
+TEST_F(ZPKCalendarItemsWriting, LeavesDatesAndURLOfAnExistingEventAlone) {
   home.write("A", {eventOn(kDay, "D-1", "Title")});
   auto again = eventOn(kDay, "D-1", "New");
   again.url = "addressbook://other";
@@ -327,7 +327,7 @@ TEST_F(EventWriter, LeavesDatesAndURLOfAnExistingEventAlone) {
   EXPECT_TRUE(event->isAllDay());
 }
 
-TEST_F(EventWriter, ShowsAFailedEventSaveAndGoesOn) {
+TEST_F(ZPKCalendarItemsWriting, ShowsAFailedEventSaveAndGoesOn) {
   PosixFileManager disk;
   FailingFileManager files(disk);
   home.home.useFileManager(&files);
@@ -352,7 +352,7 @@ TEST_F(EventWriter, ShowsAFailedEventSaveAndGoesOn) {
   EXPECT_FALSE(home.home.exists(Home::kMark));
 }
 
-TEST_F(EventWriter, IdentitiesOfAnyBytesAreFoundAgain) {
+TEST_F(ZPKCalendarItemsWriting, IdentitiesOfAnyBytesAreFoundAgain) {
   const std::vector<std::string> uids = {"",
                                          "../../x",
                                          "a/b",

@@ -36,9 +36,9 @@ const Occasion kOccasions[] = {
      }},
 };
 
-class OwnEvents : public testing::TestWithParam<Occasion> {
+class RecoveryOfOwnEvents : public testing::TestWithParam<Occasion> {
  protected:
-  OwnEvents() {
+  RecoveryOfOwnEvents() {
     home.makeCalendar("A", "Birthdays");
     home.makeCalendar("B", "Private");
   }
@@ -63,7 +63,7 @@ class OwnEvents : public testing::TestWithParam<Occasion> {
 
 constexpr const char* kCopyUID = "0D0C0B0A-0000-4000-8000-000000000001";
 
-TEST_P(OwnEvents, ACopyThatTheUserMadeIsHis) {
+TEST_P(RecoveryOfOwnEvents, ACopyThatTheUserMadeIsHis) {
   pass({eventOn(kDay, "D-1", "Ada")});
   const std::string copy = copyOf(onlyUID(), kCopyUID);
   ASSERT_NE(copy.find("X-ANNIVO-IDENTITY"), copy.npos);
@@ -83,7 +83,7 @@ TEST_P(OwnEvents, ACopyThatTheUserMadeIsHis) {
   expectUntouched(files);
 }
 
-TEST_P(OwnEvents, ACopyWhoseOriginalTheUserDeletedIsHisToo) {
+TEST_P(RecoveryOfOwnEvents, ACopyWhoseOriginalTheUserDeletedIsHisToo) {
   pass({eventOn(kDay, "D-1", "Ada")});
   const std::string original = onlyUID();
   const std::string copy = copyOf(original, kCopyUID);
@@ -96,7 +96,7 @@ TEST_P(OwnEvents, ACopyWhoseOriginalTheUserDeletedIsHisToo) {
   EXPECT_NE(onlyUID(), kCopyUID);
 }
 
-TEST_P(OwnEvents, AreFoundAgainAndGoWithTheirDates) {
+TEST_P(RecoveryOfOwnEvents, AreFoundAgainAndGoWithTheirDates) {
   pass({eventOn(kDay, "D-1", "Ada"), eventOn(kDay, "D-2", "Grace")});
   const auto before = home.home.folder().fingerprint("Library/Calendars");
   const auto ledger = home.ledger();
@@ -112,7 +112,7 @@ TEST_P(OwnEvents, AreFoundAgainAndGoWithTheirDates) {
   EXPECT_FALSE(home.home.exists(Home::kMark));
 }
 
-TEST_P(OwnEvents, GoWhenTheAgentIsSwitchedOff) {
+TEST_P(RecoveryOfOwnEvents, GoWhenTheAgentIsSwitchedOff) {
   pass({eventOn(kDay, "D-1", "Ada")});
   const std::string copy = copyOf(onlyUID(), kCopyUID);
   home.home.writeFile(Home::eventFile("A", kCopyUID), copy);
@@ -122,7 +122,7 @@ TEST_P(OwnEvents, GoWhenTheAgentIsSwitchedOff) {
   expectUntouched({{Home::eventFile("A", kCopyUID), copy}});
 }
 
-TEST_P(OwnEvents, OneThatTheUserMovedStaysWhereHePutIt) {
+TEST_P(RecoveryOfOwnEvents, OneThatTheUserMovedStaysWhereHePutIt) {
   pass({eventOn(kDay, "D-1", "Ada")});
   const std::string uid = onlyUID();
   const std::string moved =
@@ -135,7 +135,7 @@ TEST_P(OwnEvents, OneThatTheUserMovedStaysWhereHePutIt) {
   expectUntouched({{Home::eventFile("B", uid), moved}});
 }
 
-TEST_P(OwnEvents, EventsOfAnotherHomeInASharedCalendarAreLeftAlone) {
+TEST_P(RecoveryOfOwnEvents, EventsOfAnotherHomeInASharedCalendarAreLeftAlone) {
   Home theirs;
   theirs.makeCalendar("THEIRS", "Family");
   theirs.write("THEIRS", {eventOn(kDay, "D-1", "Ada"), eventOn(kDay, "D-9", "Their aunt")});
@@ -153,7 +153,7 @@ TEST_P(OwnEvents, EventsOfAnotherHomeInASharedCalendarAreLeftAlone) {
   expectUntouched(files);
 }
 
-INSTANTIATE_TEST_SUITE_P(After, OwnEvents, testing::ValuesIn(kOccasions),
+INSTANTIATE_TEST_SUITE_P(After, RecoveryOfOwnEvents, testing::ValuesIn(kOccasions),
                          [](const auto& occasion) { return std::string(occasion.param.name); });
 
 /// Counts the event files that are read.

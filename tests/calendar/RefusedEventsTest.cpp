@@ -12,8 +12,8 @@ const Date kDay = utc(2026, 12, 24, 12);
 const Date kNextDay = utc(2026, 12, 25, 12);
 constexpr std::size_t kLongest = std::size_t{64} * 1024;
 
-struct RefusedEvents : testing::Test {
-  RefusedEvents() { home.makeCalendar("A", "Birthdays"); }
+struct ZPKCalendarItemsRefusing : testing::Test {
+  ZPKCalendarItemsRefusing() { home.makeCalendar("A", "Birthdays"); }
   /// A title that leaves `room` bytes to the limit beside the link and the identifier "D-1".
   static std::string title(std::size_t room, char filling = 'x') {
     return std::string(kLongest - std::string("addressbook://P-1D-1").size() - room, filling);
@@ -33,7 +33,7 @@ struct RefusedEvents : testing::Test {
   Home home;
 };
 
-TEST_F(RefusedEvents, ATitleUpToTheLimitIsWrittenOnceHoweverItMustBeEncoded) {
+TEST_F(ZPKCalendarItemsRefusing, ATitleUpToTheLimitIsWrittenOnceHoweverItMustBeEncoded) {
   for (const char filling : {'x', '\n', '\x01', '\xFF', ';'}) {
     const auto event = eventOn(kDay, "D-1", title(0, filling));
     pass({event});
@@ -46,7 +46,7 @@ TEST_F(RefusedEvents, ATitleUpToTheLimitIsWrittenOnceHoweverItMustBeEncoded) {
   }
 }
 
-TEST_F(RefusedEvents, ALongerOneIsShownAndNothingIsWrittenInAnyRun) {
+TEST_F(ZPKCalendarItemsRefusing, ALongerOneIsShownAndNothingIsWrittenInAnyRun) {
   const auto good = eventOn(kNextDay, "D-2", "Good");
   pass({good});
   const auto before = home.home.folder().fingerprint();
@@ -67,7 +67,7 @@ TEST_F(RefusedEvents, ALongerOneIsShownAndNothingIsWrittenInAnyRun) {
   EXPECT_EQ(home.ledger().size(), 1U);
 }
 
-TEST_F(RefusedEvents, AnEventThatIsThereKeepsItsTitle) {
+TEST_F(ZPKCalendarItemsRefusing, AnEventThatIsThereKeepsItsTitle) {
   pass({eventOn(kDay, "D-1", "Short")});
   const auto before = home.home.folder().fingerprint();
   pass({eventOn(kDay, "D-1", title(0) + "x")});
@@ -77,7 +77,7 @@ TEST_F(RefusedEvents, AnEventThatIsThereKeepsItsTitle) {
   EXPECT_EQ(home.titles("A"), std::vector<std::string>{"Short again"});
 }
 
-TEST_F(RefusedEvents, AChangeThatWouldMakeAFileUnreadableIsNotMade) {
+TEST_F(ZPKCalendarItemsRefusing, AChangeThatWouldMakeAFileUnreadableIsNotMade) {
   pass({eventOn(kDay, "D-1", "Short")});
   const std::string path = Home::eventFile("A", home.ledger().front().iCalUID);
   std::string text = home.home.readFile(path);
@@ -96,7 +96,7 @@ TEST_F(RefusedEvents, AChangeThatWouldMakeAFileUnreadableIsNotMade) {
   EXPECT_EQ(home.titles("A"), std::vector<std::string>{"Short"});
 }
 
-TEST_F(RefusedEvents, AnAlarmTooLargeForAnyFileMakesNoDuplicates) {
+TEST_F(ZPKCalendarItemsRefusing, AnAlarmTooLargeForAnyFileMakesNoDuplicates) {
   auto sound = message(0);
   sound.kind = "Sound";
   sound.sound = std::string(EventFile::kLimit, 's');

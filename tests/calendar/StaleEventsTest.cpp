@@ -12,8 +12,8 @@ using namespace std::chrono_literals;
 const Date kDay = utc(2026, 12, 24, 12);
 const Date kHorizon = utc(2025, 11, 20, 18, 46);  // The clock says one year later.
 
-struct StaleEvents : testing::Test {
-  StaleEvents() {
+struct ZPKCalendarItemsRemoval : testing::Test {
+  ZPKCalendarItemsRemoval() {
     home.logOn();
     home.makeCalendar("A", "Birthdays");
     home.makeCalendar("B", "Anniversaries");
@@ -32,7 +32,7 @@ struct StaleEvents : testing::Test {
   Home home;
 };
 
-TEST_F(StaleEvents, AWriterThatWroteNothingEmptiesLedgerAndCalendars) {
+TEST_F(ZPKCalendarItemsRemoval, AWriterThatWroteNothingEmptiesLedgerAndCalendars) {
   home.home.clock.advance(-1h);
   home.write("A", {eventOn(kDay, "D-1", "One"), eventOn(kHorizon, "D-2", "Old")});
   home.home.clock.advance(1h);
@@ -49,7 +49,7 @@ TEST_F(StaleEvents, AWriterThatWroteNothingEmptiesLedgerAndCalendars) {
   EXPECT_EQ(logged("Deleted old events"), 1U);
 }
 
-TEST_F(StaleEvents, WhatWasRemovedIsGoneFromTheLedgerFile) {
+TEST_F(ZPKCalendarItemsRemoval, WhatWasRemovedIsGoneFromTheLedgerFile) {
   home.write("A", {eventOn(kDay, "SECRET-1", "One"), eventOn(kDay, "KEPT-2", "Two")});
   ASSERT_NE(home.home.readFile(Home::kLedger).find("SECRET-1"), std::string::npos);
   pass({eventOn(kDay, "KEPT-2", "Two")});
@@ -59,7 +59,7 @@ TEST_F(StaleEvents, WhatWasRemovedIsGoneFromTheLedgerFile) {
   EXPECT_NE(files.begin()->second.find("KEPT-2"), std::string::npos);
 }
 
-TEST_F(StaleEvents, ThoseOfDatesThatCouldNotBeReadStayAndTheNextRunLooksAgain) {
+TEST_F(ZPKCalendarItemsRemoval, ThoseOfDatesThatCouldNotBeReadStayAndTheNextRunLooksAgain) {
   pass({eventOn(kDay, "READ-1", "Kept"), eventOn(kDay, "READ-2", "Stale"),
         eventOn(kDay, "LOCKED-1", "Locked")});
   home.run([](ZPKCalendarItems& writer) {
@@ -76,7 +76,7 @@ TEST_F(StaleEvents, ThoseOfDatesThatCouldNotBeReadStayAndTheNextRunLooksAgain) {
   EXPECT_FALSE(home.home.exists(Home::kMark));
 }
 
-TEST_F(StaleEvents, ThoseOfDatesThatCouldNotBeReadStillGoWhenTheyAreAYearOld) {
+TEST_F(ZPKCalendarItemsRemoval, ThoseOfDatesThatCouldNotBeReadStillGoWhenTheyAreAYearOld) {
   pass({eventOn(kHorizon + 1s, "LOCKED-1", "Locked")});
   home.home.clock.advance(1h);
   home.run([](ZPKCalendarItems& writer) {
@@ -86,7 +86,7 @@ TEST_F(StaleEvents, ThoseOfDatesThatCouldNotBeReadStillGoWhenTheyAreAYearOld) {
   EXPECT_TRUE(home.titles("A").empty());
 }
 
-TEST_F(StaleEvents, TheHorizonItselfIsRemovedEvenIfJustConfirmed) {
+TEST_F(ZPKCalendarItemsRemoval, TheHorizonItselfIsRemovedEvenIfJustConfirmed) {
   const std::vector events = {
       eventOn(kHorizon - 1us, "D-0", "Before"), eventOn(kHorizon, "D-1", "At"),
       eventOn(kHorizon + 1us, "D-2", "Just after"), eventOn(kHorizon + 1s, "D-3", "After")};
@@ -99,7 +99,7 @@ TEST_F(StaleEvents, TheHorizonItselfIsRemovedEvenIfJustConfirmed) {
   EXPECT_EQ(home.ledger().size(), 2U);
 }
 
-TEST_F(StaleEvents, WhatLiesAtTheHorizonOrBeforeIsNotWrittenFirst) {
+TEST_F(ZPKCalendarItemsRemoval, WhatLiesAtTheHorizonOrBeforeIsNotWrittenFirst) {
   pass({eventOn(kHorizon - 1us, "D-0", "Before"), eventOn(kHorizon, "D-1", "At"),
         eventOn(kHorizon + 1us, "D-2", "Just after")});
   EXPECT_EQ(home.titles("A"), std::vector<std::string>{"Just after"});
@@ -108,7 +108,7 @@ TEST_F(StaleEvents, WhatLiesAtTheHorizonOrBeforeIsNotWrittenFirst) {
   EXPECT_EQ(home.ledger().size(), 1U);
 }
 
-TEST_F(StaleEvents, AHorizonThatGoesBackOverALeapDaysMidnightLeavesNothingHalfDone) {
+TEST_F(ZPKCalendarItemsRemoval, AHorizonThatGoesBackOverALeapDaysMidnightLeavesNothingHalfDone) {
   home.home.clock.set(utc(2028, 2, 28, 10));
   const auto event = eventOn(utc(2027, 2, 28, 12), "D-1", "Leap");
   pass({event});
@@ -124,7 +124,7 @@ TEST_F(StaleEvents, AHorizonThatGoesBackOverALeapDaysMidnightLeavesNothingHalfDo
   EXPECT_TRUE(home.ledger().empty());
 }
 
-TEST_F(StaleEvents, TheHorizonOfALeapDayIsTheDayBeforeInACommonYear) {
+TEST_F(ZPKCalendarItemsRemoval, TheHorizonOfALeapDayIsTheDayBeforeInACommonYear) {
   home.home.clock.set(utc(2024, 2, 29, 10));
   ZPKCalendarItems writer(home.home.platform());
   EXPECT_EQ(writer.currentDateOffsetByYears(-1), utc(2023, 2, 28, 10));
@@ -132,7 +132,7 @@ TEST_F(StaleEvents, TheHorizonOfALeapDayIsTheDayBeforeInACommonYear) {
   EXPECT_EQ(writer.currentDateOffsetByYears(0), utc(2024, 2, 29, 10));
 }
 
-TEST_F(StaleEvents, ARecordWhoseEventTheUserDeletedIsDropped) {
+TEST_F(ZPKCalendarItemsRemoval, ARecordWhoseEventTheUserDeletedIsDropped) {
   home.write("A", {eventOn(kDay, "D-1", "One")});
   home.home.folder().remove(Home::eventFile("A", home.ledger().front().iCalUID));
   home.home.log.clear();
@@ -142,7 +142,7 @@ TEST_F(StaleEvents, ARecordWhoseEventTheUserDeletedIsDropped) {
   EXPECT_TRUE(home.home.alerts.shown().empty());
 }
 
-TEST_F(StaleEvents, EventsOfACalendarThatIsNotWrittenGoInTheSamePass) {
+TEST_F(ZPKCalendarItemsRemoval, EventsOfACalendarThatIsNotWrittenGoInTheSamePass) {
   home.write("A", {eventOn(kDay, "D-1", "One")});
   home.write("B", {eventOn(kDay, "D-2", "Two")});
   pass({eventOn(kDay, "D-1", "One")});
@@ -150,7 +150,7 @@ TEST_F(StaleEvents, EventsOfACalendarThatIsNotWrittenGoInTheSamePass) {
   EXPECT_TRUE(home.titles("B").empty());
 }
 
-TEST_F(StaleEvents, TheUsersOwnEventsStay) {
+TEST_F(ZPKCalendarItemsRemoval, TheUsersOwnEventsStay) {
   const std::string own =
       "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VEVENT\r\nUID:own\r\nSUMMARY:Mine\r\n"
       "DTSTART;VALUE=DATE:20261224\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n";
@@ -161,7 +161,7 @@ TEST_F(StaleEvents, TheUsersOwnEventsStay) {
   EXPECT_EQ(home.home.readFile(Home::eventFile("A", "own")), own);
 }
 
-TEST_F(StaleEvents, AFailedRemovalIsLoggedAndTheRecordGoesAllTheSame) {
+TEST_F(ZPKCalendarItemsRemoval, AFailedRemovalIsLoggedAndTheRecordGoesAllTheSame) {
   home.write("A", {eventOn(kDay, "D-1", "One")});
   const std::string path = home.home.path(Home::eventFile("A", home.ledger().front().iCalUID));
   home.home.log.clear();
@@ -181,7 +181,7 @@ TEST_F(StaleEvents, AFailedRemovalIsLoggedAndTheRecordGoesAllTheSame) {
   EXPECT_TRUE(home.titles("A").empty()) << "the run after a failure takes it up again";
 }
 
-TEST_F(StaleEvents, ARecordThatNamesNoFileIsDroppedWithoutReachingAnything) {
+TEST_F(ZPKCalendarItemsRemoval, ARecordThatNamesNoFileIsDroppedWithoutReachingAnything) {
   const std::string binary = "binary\">";
   const std::string text = "string\">";
   for (const std::string& uid :
@@ -203,7 +203,7 @@ TEST_F(StaleEvents, ARecordThatNamesNoFileIsDroppedWithoutReachingAnything) {
   }
 }
 
-TEST_F(StaleEvents, WhatIsConfirmedInAnotherOrderStaysAndOnlyTheRestGoes) {
+TEST_F(ZPKCalendarItemsRemoval, WhatIsConfirmedInAnotherOrderStaysAndOnlyTheRestGoes) {
   std::vector<ZPKCalendarItems::BasicEvent> events;
   for (int i = 10; i < 40; ++i) {
     events.push_back(eventOn(kDay, "D-" + std::to_string(i), "T-" + std::to_string(i)));
@@ -222,7 +222,7 @@ TEST_F(StaleEvents, WhatIsConfirmedInAnotherOrderStaysAndOnlyTheRestGoes) {
   EXPECT_EQ(logged("Removing current event: " + gone), 1U);
 }
 
-TEST_F(StaleEvents, ARecordWithoutADateIsInNeitherPhase) {
+TEST_F(ZPKCalendarItemsRemoval, ARecordWithoutADateIsInNeitherPhase) {
   home.writeLedger(
       "<object type=\"EVENT\" id=\"z102\"><attribute name=\"icaluid\" type=\"string\">E"
       "</attribute></object>");
@@ -230,7 +230,7 @@ TEST_F(StaleEvents, ARecordWithoutADateIsInNeitherPhase) {
   EXPECT_EQ(home.ledger().size(), 1U);
 }
 
-TEST_F(StaleEvents, ALedgerThatCannotBeReadRemovesNothing) {
+TEST_F(ZPKCalendarItemsRemoval, ALedgerThatCannotBeReadRemovesNothing) {
   home.write("A", {eventOn(kDay, "D-1", "One")});
   PosixFileManager disk;
   FailingFileManager files(disk);
@@ -242,7 +242,7 @@ TEST_F(StaleEvents, ALedgerThatCannotBeReadRemovesNothing) {
   EXPECT_EQ(home.home.alerts.shown().size(), 1U);
 }
 
-TEST_F(StaleEvents, CountsTheEventsOfThisYearAlways) {
+TEST_F(ZPKCalendarItemsRemoval, CountsTheEventsOfThisYearAlways) {
   home.home.ownPreferences({});
   home.write("A", {eventOn(utc(2026, 1, 1, 12), "D-1", "First"),
                    eventOn(utc(2026, 12, 31, 12), "D-2", "Last"),

@@ -246,7 +246,7 @@ TEST_P(EveryStore, ReadsAWalThatACrashLeft) {
   EXPECT_EQ(home.snapshot(kAddressBookFolder), before);
 }
 
-struct SectionTest : testing::Test {
+struct ZPKQueryAddressBookSectionTest : testing::Test {
   AddressBookHome home;
 
   std::unique_ptr<ZPKQueryAddressBookSection> open() {
@@ -272,32 +272,32 @@ struct SectionTest : testing::Test {
   }
 };
 
-TEST_F(SectionTest, AFileThatIsNoDatabaseIsPresentedOnce) {
+TEST_F(ZPKQueryAddressBookSectionTest, AFileThatIsNoDatabaseIsPresentedOnce) {
   home.writeFile(kMainStore, std::string(8192, 'x'));
   const auto before = home.folder().fingerprint(kAddressBookFolder);
   expectPresentedOnce("not a database");
   EXPECT_EQ(home.folder().fingerprint(kAddressBookFolder), before);
 }
 
-TEST_F(SectionTest, ATruncatedFileIsPresentedOnce) {
+TEST_F(ZPKQueryAddressBookSectionTest, ATruncatedFileIsPresentedOnce) {
   home.writeStore({born("P", {1980, 1, 1})});
   const std::string whole = home.readFile(kMainStore);
   home.writeFile(kMainStore, whole.substr(0, whole.size() / 2));
   expectPresentedOnce("malformed");
 }
 
-TEST_F(SectionTest, AFolderInPlaceOfTheFileIsPresentedOnce) {
+TEST_F(ZPKQueryAddressBookSectionTest, AFolderInPlaceOfTheFileIsPresentedOnce) {
   home.folder().makeFolder(kMainStore);
   expectPresentedOnce("");
 }
 
-TEST_F(SectionTest, ASchemaWithoutRecordsIsPresentedOnce) {
+TEST_F(ZPKQueryAddressBookSectionTest, ASchemaWithoutRecordsIsPresentedOnce) {
   home.writeStore({born("P", {1980, 1, 1})});
   home.editStore("DROP TABLE ZABCDRECORD");
   expectPresentedOnce("ZABCDRECORD");
 }
 
-TEST_F(SectionTest, AStoreLockedForLongIsPresentedAndTriedAgain) {
+TEST_F(ZPKQueryAddressBookSectionTest, AStoreLockedForLongIsPresentedAndTriedAgain) {
   home.writeStore({born("P", {1980, 1, 1})}, {{"A", "a", {0}, {}}});
   std::unique_ptr<ZPKQueryAddressBookSection> section;
   {
@@ -313,7 +313,7 @@ TEST_F(SectionTest, AStoreLockedForLongIsPresentedAndTriedAgain) {
   EXPECT_EQ(groupsOf(dates[0]), Texts{"A"}) << "with the groups that could not be read at first";
 }
 
-TEST_F(SectionTest, AFetchThatFailsIsLoggedAndYieldsNothing) {
+TEST_F(ZPKQueryAddressBookSectionTest, AFetchThatFailsIsLoggedAndYieldsNothing) {
   home.writeStore({dated("P", "a label to be found")});
   std::string bytes = home.readFile(kMainStore);
   const std::size_t page = bytes.find("a label to be found") / 4096 * 4096;
@@ -325,7 +325,7 @@ TEST_F(SectionTest, AFetchThatFailsIsLoggedAndYieldsNothing) {
   EXPECT_TRUE(home.alerts.shown().empty());
 }
 
-TEST_F(SectionTest, WithoutAModelTheFailureIsReportedAndThrown) {
+TEST_F(ZPKQueryAddressBookSectionTest, WithoutAModelTheFailureIsReportedAndThrown) {
   home.writeStore({born("P", {1980, 1, 1})});
   for (const char* version : {"10.8", "10.4.11", "10.15.7", "11.0"}) {
     SCOPED_TRACE(version);
@@ -350,7 +350,7 @@ TEST_F(SectionTest, WithoutAModelTheFailureIsReportedAndThrown) {
   }
 }
 
-TEST_F(SectionTest, AModelThatIsMalformedIsNone) {
+TEST_F(ZPKQueryAddressBookSectionTest, AModelThatIsMalformedIsNone) {
   home.writeStore({born("P", {1980, 1, 1})});
   home.useSystem("10.7");
   const std::string frameworks =
@@ -363,7 +363,7 @@ TEST_F(SectionTest, AModelThatIsMalformedIsNone) {
   EXPECT_GE(home.log.count("ABAddressBook.momd"), 1U);
 }
 
-TEST_F(SectionTest, KeepsItsPathAndItsGroups) {
+TEST_F(ZPKQueryAddressBookSectionTest, KeepsItsPathAndItsGroups) {
   home.writeStore({born("P", {1980, 1, 1})}, {{"A", "a", {0}, {}}, {"B", "b", {}, {0}}});
   const auto section = open();
   EXPECT_EQ(section->dbPath(), home.path(kMainStore));
@@ -377,7 +377,7 @@ TEST_F(SectionTest, KeepsItsPathAndItsGroups) {
   EXPECT_EQ(container, (Texts{"before", "B"}));
 }
 
-TEST_F(SectionTest, CompanyRecordsAreCopies) {
+TEST_F(ZPKQueryAddressBookSectionTest, CompanyRecordsAreCopies) {
   const ContactDateRecord jane{.firstName = "Jane", .lastName = "Doe", .organization = "Acme"};
   const ContactDateRecord company = ZPKQueryAddressBookSection::filterIfCompany(jane);
   EXPECT_EQ(company.firstName, "NULL");

@@ -21,7 +21,7 @@ const std::string kFramework =
     ANNIVO_SOURCE_DIR "/resources/system/Library/Frameworks/AddressBook.framework";
 
 /// A home whose address book holds a main store and sources.
-class OwnCard : public testing::Test {
+class ABAddressBookOwnCard : public testing::Test {
  protected:
   [[nodiscard]] std::string mainStore() const {
     home.makeFolder(kFolder);
@@ -68,12 +68,14 @@ class OwnCard : public testing::Test {
   TemporaryFolder home;
 };
 
-class OwnCardOfAGeneration : public OwnCard, public testing::WithParamInterface<GenerationFacts> {};
+class ABAddressBookOwnCardOfAGeneration : public ABAddressBookOwnCard,
+                                          public testing::WithParamInterface<GenerationFacts> {};
 
-INSTANTIATE_TEST_SUITE_P(ABAddressBook, OwnCardOfAGeneration, testing::ValuesIn(kGenerations),
+INSTANTIATE_TEST_SUITE_P(ABAddressBook, ABAddressBookOwnCardOfAGeneration,
+                         testing::ValuesIn(kGenerations),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST_P(OwnCardOfAGeneration, IsFoundWithItsAddresses) {
+TEST_P(ABAddressBookOwnCardOfAGeneration, IsFoundWithItsAddresses) {
   write(mainStore(),
         {person("A:ABPerson", {"a@x.example"}, false), own("B:ABPerson", {"b1@x.example", "b2"}),
          person("C:ABPerson", {"c@x.example"}, false)},
@@ -88,27 +90,27 @@ TEST_P(OwnCardOfAGeneration, IsFoundWithItsAddresses) {
   EXPECT_TRUE(log.lines().empty());
 }
 
-TEST_P(OwnCardOfAGeneration, IsAbsentWhereNoneIsNoted) {
+TEST_P(ABAddressBookOwnCardOfAGeneration, IsAbsentWhereNoneIsNoted) {
   write(mainStore(), {person("A:ABPerson", {"a@x.example"}, false)}, GetParam().generation);
   EXPECT_EQ(myId(), "nobody");
   EXPECT_TRUE(log.lines().empty());
 }
 
-TEST_P(OwnCardOfAGeneration, LeavesNothingBesideTheStore) {
+TEST_P(ABAddressBookOwnCardOfAGeneration, LeavesNothingBesideTheStore) {
   write(mainStore(), {own("B:ABPerson")}, GetParam().generation);
   const auto before = home.fingerprint();
   EXPECT_EQ(myId(), "B:ABPerson");
   EXPECT_EQ(home.fingerprint(), before);
 }
 
-TEST_F(OwnCard, IsTheOneMarkedInItsContainerWhereNoRowNamesIt) {
+TEST_F(ABAddressBookOwnCard, IsTheOneMarkedInItsContainerWhereNoRowNamesIt) {
   write(mainStore(), {person("A:ABPerson", {}, false), own("B:ABPerson", {"b@x.example"})});
   EditDatabase(mainStore()).run("UPDATE ZABCDRECORD SET ZME = NULL");
   EXPECT_EQ(myId(), "B:ABPerson");
   EXPECT_EQ(primaryEmail(), "b@x.example");
 }
 
-TEST_F(OwnCard, IsTheOneThatARowNamesEvenIfAnotherIsMarked) {
+TEST_F(ABAddressBookOwnCard, IsTheOneThatARowNamesEvenIfAnotherIsMarked) {
   write(mainStore(), {person("A:ABPerson", {}, false), own("B:ABPerson")});
   EditDatabase(mainStore())
       .run(
@@ -117,26 +119,26 @@ TEST_F(OwnCard, IsTheOneThatARowNamesEvenIfAnotherIsMarked) {
   EXPECT_EQ(myId(), "B:ABPerson");
 }
 
-TEST_F(OwnCard, IsAbsentWhereTheRowNamesNoRecord) {
+TEST_F(ABAddressBookOwnCard, IsAbsentWhereTheRowNamesNoRecord) {
   write(mainStore(), {own("B:ABPerson")}, StoreGeneration::olderA);
   EditDatabase(mainStore()).run("DELETE FROM ZABCDRECORD WHERE ZUNIQUEID = 'B:ABPerson'");
   EXPECT_EQ(myId(), "nobody");
 }
 
-TEST_F(OwnCard, IsAbsentWhereTextStandsForItsKey) {
+TEST_F(ABAddressBookOwnCard, IsAbsentWhereTextStandsForItsKey) {
   write(mainStore(), {own("B:ABPerson")}, StoreGeneration::olderB);
   EditDatabase(mainStore()).run("UPDATE ZABCDRECORD SET ZME = 'B:ABPerson' WHERE ZME NOT NULL");
   EXPECT_EQ(myId(), "nobody");
 }
 
-TEST_F(OwnCard, WithDataForAnIdentifierHasNone) {
+TEST_F(ABAddressBookOwnCard, WithDataForAnIdentifierHasNone) {
   write(mainStore(), {own("B:ABPerson", {"b@x.example"})});
   EditDatabase(mainStore()).run("UPDATE ZABCDRECORD SET ZUNIQUEID = x'00FF'");
   EXPECT_EQ(myId(), "");
   EXPECT_EQ(primaryEmail(), "b@x.example");
 }
 
-TEST_F(OwnCard, IsReadFromTheLogBesideTheStore) {
+TEST_F(ABAddressBookOwnCard, IsReadFromTheLogBesideTheStore) {
   write(mainStore(), {own("B:ABPerson", {"old@x.example"})});
   EditDatabase(mainStore())
       .run("PRAGMA journal_mode = WAL")
@@ -148,13 +150,13 @@ TEST_F(OwnCard, IsReadFromTheLogBesideTheStore) {
   EXPECT_EQ(home.fingerprint(), before);
 }
 
-TEST_F(OwnCard, OfTheMainStoreWins) {
+TEST_F(ABAddressBookOwnCard, OfTheMainStoreWins) {
   write(source("0"), {own("Source:ABPerson")});
   write(mainStore(), {own("Main:ABPerson")});
   EXPECT_EQ(myId(), "Main:ABPerson");
 }
 
-TEST_F(OwnCard, IsLookedForInTheSourcesInTurn) {
+TEST_F(ABAddressBookOwnCard, IsLookedForInTheSourcesInTurn) {
   write(mainStore(), {person("Main:ABPerson", {}, false)});
   write(source("C"), {own("C:ABPerson")});
   write(source("B"), {own("B:ABPerson")});
@@ -162,24 +164,24 @@ TEST_F(OwnCard, IsLookedForInTheSourcesInTurn) {
   EXPECT_EQ(myId(), "B:ABPerson");
 }
 
-TEST_F(OwnCard, IsFoundInASourceWithoutAMainStore) {
+TEST_F(ABAddressBookOwnCard, IsFoundInASourceWithoutAMainStore) {
   write(source("A"), {own("A:ABPerson")});
   EXPECT_EQ(myId(), "A:ABPerson");
   EXPECT_TRUE(log.lines().empty());
 }
 
-TEST_F(OwnCard, IsAbsentWithoutAnAddressBook) {
+TEST_F(ABAddressBookOwnCard, IsAbsentWithoutAnAddressBook) {
   EXPECT_EQ(myId(), "nobody");
   EXPECT_TRUE(log.lines().empty());
 }
 
-TEST_F(OwnCard, WithoutAnAddressHasNoPrimaryOne) {
+TEST_F(ABAddressBookOwnCard, WithoutAnAddressHasNoPrimaryOne) {
   write(mainStore(), {own("B:ABPerson")});
   EXPECT_EQ(myId(), "B:ABPerson");
   EXPECT_EQ(primaryEmail(), "none");
 }
 
-TEST_F(OwnCard, HasThePrimaryAddressOfTheRules) {
+TEST_F(ABAddressBookOwnCard, HasThePrimaryAddressOfTheRules) {
   struct Row {
     const char* name;
     const char* change;
@@ -229,7 +231,7 @@ TEST_F(OwnCard, HasThePrimaryAddressOfTheRules) {
   }
 }
 
-TEST_F(OwnCard, OfAnUnusableStoreIsLoggedAndLookedForElsewhere) {
+TEST_F(ABAddressBookOwnCard, OfAnUnusableStoreIsLoggedAndLookedForElsewhere) {
   struct Row {
     const char* name;
     std::function<void(const std::string&)> spoil;
@@ -262,7 +264,7 @@ TEST_F(OwnCard, OfAnUnusableStoreIsLoggedAndLookedForElsewhere) {
   }
 }
 
-TEST_F(OwnCard, OfAStoreThatIsLockedForLongIsLoggedAndLookedForElsewhere) {
+TEST_F(ABAddressBookOwnCard, OfAStoreThatIsLockedForLongIsLoggedAndLookedForElsewhere) {
   write(mainStore(), {own("Main:ABPerson", {"main@x.example"})});
   write(source("A"), {own("A:ABPerson", {"a@x.example"})});
   const auto before = home.fingerprint();
@@ -279,7 +281,7 @@ TEST_F(OwnCard, OfAStoreThatIsLockedForLongIsLoggedAndLookedForElsewhere) {
   EXPECT_EQ(primaryEmail(), "main@x.example") << "once it is free again";
 }
 
-TEST_F(OwnCard, OfALockedStoreIsWaitedFor) {
+TEST_F(ABAddressBookOwnCard, OfALockedStoreIsWaitedFor) {
   write(mainStore(), {own("Main:ABPerson")});
   EditDatabase writer(mainStore());
   writer.run("BEGIN EXCLUSIVE");

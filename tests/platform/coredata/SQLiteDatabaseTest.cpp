@@ -219,7 +219,7 @@ TEST_F(SQLiteDatabaseTest, GivesUpOnAWriterAfterFiveSeconds) {
 
 // How a store may lie on disk, and that reading it changes nothing there.
 
-struct Lying : SQLiteDatabaseTest {
+struct SQLiteDatabaseLying : SQLiteDatabaseTest {
   void expectReadsWithoutTrace(std::int64_t expected) {
     const auto contents = folder.snapshot();
     const auto files = folder.fingerprint();
@@ -253,7 +253,7 @@ struct Lying : SQLiteDatabaseTest {
   }
 };
 
-TEST_F(Lying, WithAChangeThatACrashLeftUnfinished) {
+TEST_F(SQLiteDatabaseLying, WithAChangeThatACrashLeftUnfinished) {
   makeStore();
   EditDatabase(path).run("CREATE TABLE F (B BLOB)").run("INSERT INTO F VALUES (zeroblob(20000))");
   leaveUnfinished("UPDATE T SET N = 5; UPDATE F SET B = randomblob(20000)");
@@ -270,7 +270,7 @@ TEST_F(Lying, WithAChangeThatACrashLeftUnfinished) {
   EXPECT_FALSE(database->execute("DELETE FROM T").ok()) << "for reading only, the copy too";
 }
 
-TEST_F(Lying, WithAChangeLeftUnfinishedAndNowhereToCopyTo) {
+TEST_F(SQLiteDatabaseLying, WithAChangeLeftUnfinishedAndNowhereToCopyTo) {
   makeStore();
   leaveUnfinished("UPDATE T SET N = 5");
   const auto readings =
@@ -281,29 +281,29 @@ TEST_F(Lying, WithAChangeLeftUnfinishedAndNowhereToCopyTo) {
   EXPECT_NE(database.error().description.find(path), std::string::npos);
 }
 
-TEST_F(Lying, WithARollbackJournal) {
+TEST_F(SQLiteDatabaseLying, WithARollbackJournal) {
   makeStore();
   expectReadsWithoutTrace(1);
 }
 
-TEST_F(Lying, InWalModeWithoutAWal) {
+TEST_F(SQLiteDatabaseLying, InWalModeWithoutAWal) {
   makeStore("WAL");
   ASSERT_FALSE(folder.exists("store.db-wal"));
   expectReadsWithoutTrace(1);
 }
 
-TEST_F(Lying, WithAWalAndItsIndex) {
+TEST_F(SQLiteDatabaseLying, WithAWalAndItsIndex) {
   makeCrashedStore();
   expectReadsWithoutTrace(3);
 }
 
-TEST_F(Lying, WithAWalWithoutItsIndex) {
+TEST_F(SQLiteDatabaseLying, WithAWalWithoutItsIndex) {
   makeCrashedStore();
   folder.remove("store.db-shm");
   expectReadsWithoutTrace(3);
 }
 
-TEST_F(Lying, WithAWalThatEndsInTheMiddleOfAChange) {
+TEST_F(SQLiteDatabaseLying, WithAWalThatEndsInTheMiddleOfAChange) {
   makeCrashedStore();
   folder.remove("store.db-shm");
   const std::string log = folder.readFile("store.db-wal");
@@ -311,19 +311,19 @@ TEST_F(Lying, WithAWalThatEndsInTheMiddleOfAChange) {
   expectReadsWithoutTrace(1);
 }
 
-TEST_F(Lying, WithAnEmptyWalAndAnIndex) {
+TEST_F(SQLiteDatabaseLying, WithAnEmptyWalAndAnIndex) {
   makeCrashedStore();
   folder.writeFile("store.db-wal", "");
   expectReadsWithoutTrace(1);
 }
 
-TEST_F(Lying, WithAnIndexThatIsNone) {
+TEST_F(SQLiteDatabaseLying, WithAnIndexThatIsNone) {
   makeCrashedStore();
   folder.writeFile("store.db-shm", std::string(32768, '\7'));
   expectReadsWithoutTrace(3);
 }
 
-TEST_F(Lying, BehindALinkToAnotherFolder) {
+TEST_F(SQLiteDatabaseLying, BehindALinkToAnotherFolder) {
   makeCrashedStore();
   folder.remove("store.db-shm");
   folder.makeFolder("elsewhere");
@@ -333,7 +333,7 @@ TEST_F(Lying, BehindALinkToAnotherFolder) {
   expectReadsWithoutTrace(3);
 }
 
-TEST_F(Lying, OpenInAnotherProgramThatGoesOnWriting) {
+TEST_F(SQLiteDatabaseLying, OpenInAnotherProgramThatGoesOnWriting) {
   makeStore("WAL");
   const OtherProgram writer(path);
   writer.run("INSERT INTO T VALUES (2)");
@@ -359,7 +359,7 @@ TEST_F(Lying, OpenInAnotherProgramThatGoesOnWriting) {
   EXPECT_EQ(sum(path), 31);
 }
 
-TEST_F(Lying, OpenedWithoutLocksTellsThatAnotherProgramBeganToWrite) {
+TEST_F(SQLiteDatabaseLying, OpenedWithoutLocksTellsThatAnotherProgramBeganToWrite) {
   makeStore("WAL");
   {
     const auto database = SQLiteDatabase::openForReading(path);
@@ -380,7 +380,7 @@ TEST_F(Lying, OpenedWithoutLocksTellsThatAnotherProgramBeganToWrite) {
   EXPECT_TRUE(database->wasChanged());
 }
 
-TEST_F(Lying, InAFolderThatMayNotBeWritten) {
+TEST_F(SQLiteDatabaseLying, InAFolderThatMayNotBeWritten) {
   const struct {
     const char* name;
     std::int64_t expected;

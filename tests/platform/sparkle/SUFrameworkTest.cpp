@@ -218,7 +218,7 @@ TEST_F(SUFrameworkTest, LetsATerminationOutOfTheAnswer) {
 }
 
 /// A framework folder of the test's own making.
-class BrokenFramework : public testing::Test {
+class SUFrameworkBroken : public testing::Test {
  protected:
   void writeInfo(const std::string& principalClass) {
     folder_.writeFile("S.framework/Versions/A/Resources/Info.plist",
@@ -245,15 +245,15 @@ class BrokenFramework : public testing::Test {
   PosixFileManager files_;
 };
 
-TEST_F(BrokenFramework, IsAbsentWhenMissing) { EXPECT_EQ(failure().kind, Error::Kind::absent); }
+TEST_F(SUFrameworkBroken, IsAbsentWhenMissing) { EXPECT_EQ(failure().kind, Error::Kind::absent); }
 
-TEST_F(BrokenFramework, IsAbsentWithoutItsExecutable) {
+TEST_F(SUFrameworkBroken, IsAbsentWithoutItsExecutable) {
   writeInfo("SUUpdater");
   linkUp();
   EXPECT_EQ(failure().kind, Error::Kind::absent);
 }
 
-TEST_F(BrokenFramework, IsMalformedWhenItsExecutableIsNoSharedObject) {
+TEST_F(SUFrameworkBroken, IsMalformedWhenItsExecutableIsNoSharedObject) {
   writeInfo("SUUpdater");
   folder_.writeFile("S.framework/Versions/A/S", "#!/bin/sh\necho no\n");
   linkUp();
@@ -262,14 +262,14 @@ TEST_F(BrokenFramework, IsMalformedWhenItsExecutableIsNoSharedObject) {
   EXPECT_EQ(failure().kind, Error::Kind::malformed);
 }
 
-TEST_F(BrokenFramework, IsMalformedWhenItsExecutableCannotBeRead) {
+TEST_F(SUFrameworkBroken, IsMalformedWhenItsExecutableCannotBeRead) {
   writeInfo("SUUpdater");
   folder_.makeFolder("S.framework/Versions/A/S");
   linkUp();
   EXPECT_EQ(failure().kind, Error::Kind::malformed);
 }
 
-TEST_F(BrokenFramework, IsMalformedWhenItsExecutableIsCutShort) {
+TEST_F(SUFrameworkBroken, IsMalformedWhenItsExecutableIsCutShort) {
   writeInfo("SUUpdater");
   copyExecutable(kBuiltFramework + "/Versions/A/Sparkle");
   linkUp();
@@ -281,14 +281,14 @@ TEST_F(BrokenFramework, IsMalformedWhenItsExecutableIsCutShort) {
   }
 }
 
-TEST_F(BrokenFramework, IsMalformedWhenItsExecutableIsAPipe) {
+TEST_F(SUFrameworkBroken, IsMalformedWhenItsExecutableIsAPipe) {
   writeInfo("SUUpdater");
   ASSERT_EQ(::mkfifo(folder_.path("S.framework/Versions/A/S").c_str(), 0600), 0);
   linkUp();
   EXPECT_EQ(failure().kind, Error::Kind::malformed) << "and nobody waits for its other end";
 }
 
-TEST_F(BrokenFramework, IsMalformedWithoutItsPrincipalClass) {
+TEST_F(SUFrameworkBroken, IsMalformedWithoutItsPrincipalClass) {
   copyExecutable(kBuiltFramework + "/Versions/A/Sparkle");
   linkUp();
   EXPECT_EQ(failure().kind, Error::Kind::malformed) << "no Info.plist";
@@ -296,7 +296,7 @@ TEST_F(BrokenFramework, IsMalformedWithoutItsPrincipalClass) {
   EXPECT_EQ(failure().kind, Error::Kind::malformed);
 }
 
-TEST_F(BrokenFramework, IsMalformedWithoutTheSymbolOfItsPrincipalClass) {
+TEST_F(SUFrameworkBroken, IsMalformedWithoutTheSymbolOfItsPrincipalClass) {
   writeInfo("SUUpdater");
   Dl_info library{};
   ASSERT_NE(::dladdr(reinterpret_cast<void*>(static_cast<double (*)(double)>(&::cbrt)), &library),
@@ -308,7 +308,7 @@ TEST_F(BrokenFramework, IsMalformedWithoutTheSymbolOfItsPrincipalClass) {
   EXPECT_NE(error.failureReason.find(kSUUpdaterForBundleSymbol), std::string::npos);
 }
 
-TEST_F(BrokenFramework, ThatAnswersTwiceIsHeardOnceAndLeavesNoTimer) {
+TEST_F(SUFrameworkBroken, ThatAnswersTwiceIsHeardOnceAndLeavesNoTimer) {
   writeInfo("SUUpdater");
   copyExecutable(ANNIVO_STUB_UPDATER);
   linkUp();
@@ -335,7 +335,7 @@ TEST_F(BrokenFramework, ThatAnswersTwiceIsHeardOnceAndLeavesNoTimer) {
   ::unsetenv("STUB_UPDATER");
 }
 
-TEST_F(BrokenFramework, LoadsOnceItIsWhole) {
+TEST_F(SUFrameworkBroken, LoadsOnceItIsWhole) {
   writeInfo("SUUpdater");
   copyExecutable(kBuiltFramework + "/Versions/A/Sparkle");
   linkUp();
